@@ -1,0 +1,18 @@
+// Sizes and thresholds shared by every unit of the synth engine.
+#pragma once
+
+namespace ziv {
+
+// The engine never renders more than this many frames in one call; hosts' blocks are split.
+constexpr int kMaxBlock = 128;
+
+// Voice slots, all allocated with the engine.
+constexpr int kVoiceCount = 64;
+
+// 2^-20: a voice, filter or effect whose recent output stays at or below this is quiet.
+constexpr float kSilence = 9.5367431640625e-7f;
+
+constexpr float kPi = 3.14159265358979323846f;
+constexpr float kTwoPi = 2.0f * kPi;
+
+}  // namespace ziv

@@ -1,0 +1,76 @@
+#include "engine/envelope.h"
+
+#include <cmath>
+
+namespace ziv {
+namespace {
+
+// The exponential curves run to exp(-10) of their span and then jump to the end value.
+constexpr float kCurveSpan = 10.0f;
+
+float curve(float progress, bool linear) { return linear ? 1.0f - progress : std::exp(-kCurveSpan * progress); }
+
+void enter(EnvelopeState& state, std::uint32_t stage) {
+  state.stage = stage;
+  state.progress = 0.0f;
+}
+
+}  // namespace
+
+float advanceEnvelope(EnvelopeState& state, float dt, const EnvelopeTimes& times) {
+  if (state.stage == kStageAttack) {
+    const float elapsed = times.attack * state.progress + dt;
+    if (elapsed < times.attack) {
+      state.progress = elapsed / times.attack;
+      state.level = state.progress;
+      return state.level;
+    }
+    enter(state, kStageDecay);
+    dt = elapsed - times.attack;
+    if (times.attack > 0.0f || times.decay > 0.0f) {
+      // The decay starts with the next call.
+      state.level = 1.0f;
+      return state.level;
+    }
+  }
+  if (state.stage == kStageDecay) {
+    const float elapsed = times.decay * state.progress + dt;
+    if (elapsed < times.decay) {
+      state.progress = elapsed / times.decay;
+      state.level = (1.0f - times.sustain) * curve(state.progress, times.linear) + times.sustain;
+      return state.level;
+    }
+    enter(state, kStageSustain);
+  }
+  if (state.stage == kStageSustain) {
+    state.level = times.sustain;
+    return state.level;
+  }
+  if (state.stage == kStageRelease) {
+    const float elapsed = times.release * state.progress + dt;
+    if (elapsed >= times.release) {
+      enter(state, kStageFinished);
+      state.level = 0.0f;
+      return state.level;
+    }
+    state.progress = elapsed / times.release;
+    state.level = state.releaseLevel * curve(state.progress, times.linear);
+    return state.level;
+  }
+  state.level = 0.0f;
+  return state.level;
+}
+
+void releaseEnvelope(EnvelopeState& state) {
+  if (state.stage == kStageRelease) return;
+  state.releaseLevel = state.level;
+  enter(state, kStageRelease);
+}
+
+void restartEnvelopeFromLevel(EnvelopeState& state) {
+  if (state.held()) return;
+  state.stage = kStageAttack;
+  state.progress = state.level;
+}
+
+}  // namespace ziv

@@ -1,0 +1,55 @@
+// ADSR envelope state and its time and level laws.
+//
+// An envelope rises linearly through its attack, falls through its decay to the sustain level
+// (exponentially or linearly), holds, and on release falls from wherever it was to 0. The caller
+// advances it by a span of time and gets the new level; how levels become per-sample gains is
+// the voice's business. Stages: 0 attack, 1 decay, 2 sustain, 3 release, 4 finished.
+#pragma once
+
+#include <cstdint>
+
+namespace ziv {
+
+enum EnvelopeStage : std::uint32_t {
+  kStageAttack = 0,
+  kStageDecay = 1,
+  kStageSustain = 2,
+  kStageRelease = 3,
+  kStageFinished = 4,
+};
+
+struct EnvelopeState {
+  std::uint32_t stage = kStageFinished;
+  float progress = 0.0f;  // fraction of the current stage already passed
+  float level = 0.0f;
+  float releaseLevel = 0.0f;
+
+  // Fresh start: attack from silence.
+  void clear() {
+    stage = kStageAttack;
+    progress = 0.0f;
+    level = 0.0f;
+    releaseLevel = 0.0f;
+  }
+  bool held() const { return stage <= kStageSustain; }
+};
+
+struct EnvelopeTimes {
+  float attack = 0.0f;   // seconds
+  float decay = 0.0f;    // seconds
+  float sustain = 1.0f;  // level 0..1
+  float release = 0.0f;  // seconds
+  bool linear = false;   // curve of decay and release
+};
+
+// Advances by dt seconds and returns the new level.
+float advanceEnvelope(EnvelopeState& state, float dt, const EnvelopeTimes& times);
+
+// Enters the release from the current level, unless already releasing.
+void releaseEnvelope(EnvelopeState& state);
+
+// Monophonic legato: an envelope that was releasing or had finished attacks again from its
+// current level, so the straight attack continues without a jump. Held envelopes run on.
+void restartEnvelopeFromLevel(EnvelopeState& state);
+
+}  // namespace ziv

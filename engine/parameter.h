@@ -1,0 +1,46 @@
+// The engine's runtime record of one parameter: the stored value and the values derived from
+// it for the current sub-block.
+//
+// `base` is written by any thread (host automation, editor, program loads) and read by the
+// audio thread once per sub-block, so it is atomic; relaxed order is enough because each value
+// stands alone. `lo` and `hi` are atomic because the "GLOBAL LFO: Rate" entry is re-described
+// when its sync switch moves. Everything else belongs to the audio thread.
+#pragma once
+
+#include <atomic>
+#include <cmath>
+
+#include "plugin/parameter_table.h"
+
+namespace ziv {
+
+struct Parameter {
+  const ParamInfo* info = nullptr;
+  std::atomic<float> base{0.0f};
+  std::atomic<int> lo{0};
+  std::atomic<int> hi{1};
+  std::atomic<DisplayRule> display{DisplayRule::kPlain};
+  float constant = 0.0f;
+
+  float previous = 0.0f;     // base at the end of the previous host block
+  float smoothed = 0.0f;     // previous → base, stepped per sub-block
+  float globalValue = 0.0f;  // smoothed plus global modulation
+  float voiceValue = 0.0f;   // globalValue plus the rendering voice's own modulation
+
+  float baseValue() const { return base.load(std::memory_order_relaxed); }
+
+  float physical(float normalised) const {
+    const int low = lo.load(std::memory_order_relaxed);
+    const int high = hi.load(std::memory_order_relaxed);
+    return static_cast<float>(low) + static_cast<float>(high - low) * normalised;
+  }
+  // Stepped entries (choices, octaves, counts) round the physical value half up.
+  int stepped(float normalised) const { return static_cast<int>(std::floor(physical(normalised) + 0.5f)); }
+
+  float globalPhysical() const { return physical(globalValue); }
+  float voicePhysical() const { return physical(voiceValue); }
+  int globalStepped() const { return stepped(globalValue); }
+  int voiceStepped() const { return stepped(voiceValue); }
+};
+
+}  // namespace ziv

@@ -1,0 +1,308 @@
+#include "engine/synth_engine.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "plugin/parameter_display.h"
+
+namespace ziv {
+namespace {
+
+// Sample-rate changes smaller than this are rounding noise from the host, not a new rate.
+constexpr float kSampleRateTolerance = 0.001f;
+// The summed voices are scaled down by this much to leave headroom for chords and unison.
+constexpr float kVoiceHeadroom = 0.25f;
+// A free-running clock of seconds is wrapped once it passes this.
+constexpr double kClockWrap = 1.0;
+
+float clampUnit(float value) {
+  if (!(value >= 0.0f)) return 0.0f;  // also catches NaN
+  return value > 1.0f ? 1.0f : value;
+}
+
+}  // namespace
+
+SynthEngine::SynthEngine() {
+  for (int index : paramBuildOrder()) {
+    const ParamInfo& info = paramTable()[index];
+    Parameter& p = params_[index];
+    p.info = &info;
+    p.lo.store(info.lo, std::memory_order_relaxed);
+    p.hi.store(info.hi, std::memory_order_relaxed);
+    p.display.store(info.display, std::memory_order_relaxed);
+    p.constant = info.constant;
+    const float value = normalisedDefault(info);
+    p.base.store(value, std::memory_order_relaxed);
+    p.previous = p.smoothed = p.globalValue = p.voiceValue = value;
+  }
+  for (Voice& v : voices_) v.setSampleRate(sampleRate_);
+}
+
+void SynthEngine::setParameter(int index, float value, bool fromEditor) {
+  if (index < 0 || index >= kParamCount) return;
+  value = clampUnit(value);
+  params_[index].base.store(value, std::memory_order_relaxed);
+  parameterChanged(index);
+  if (listener_ != nullptr) listener_->onParameterChanged(index, value, fromEditor);
+}
+
+void SynthEngine::parameterChanged(int index) {
+  if (index != kGlobalLfoSync) return;
+  // The global LFO's rate knob means a tempo division (0..23) while synced, a frequency otherwise;
+  // its stored value is left as it is.
+  Parameter& rate = params_[kGlobalLfoRate];
+  const bool synced = params_[kGlobalLfoSync].baseValue() > 0.5f;
+  rate.hi.store(synced ? kTempoDivisionCount - 1 : 1, std::memory_order_relaxed);
+  rate.constant = synced ? 1.0f / (kTempoDivisionCount - 1) : 0.0f;
+  rate.display.store(synced ? DisplayRule::kTempoDivision : DisplayRule::kRate, std::memory_order_relaxed);
+}
+
+void SynthEngine::parameterDisplay(int index, char* text, std::size_t capacity) const {
+  if (text == nullptr || capacity == 0) return;
+  if (index < 0 || index >= kParamCount) {
+    text[0] = '\0';
+    return;
+  }
+  const Parameter& p = params_[index];
+  formatParamValue(p.display.load(std::memory_order_relaxed), p.lo.load(std::memory_order_relaxed),
+                   p.hi.load(std::memory_order_relaxed), p.info->choices, p.baseValue(), text, capacity);
+}
+
+void SynthEngine::setSampleRate(float hz) {
+  if (!(hz > 0.0f) || std::fabs(hz - sampleRate_) < kSampleRateTolerance) return;
+  sampleRate_ = hz;
+  for (Voice& v : voices_) v.setSampleRate(hz);
+}
+
+void SynthEngine::removeHeld(int note, bool* removed) {
+  int kept = 0;
+  for (int i = 0; i < heldCount_; ++i) {
+    if (heldNotes_[i] == note) {
+      *removed = true;
+    } else {
+      heldNotes_[kept++] = heldNotes_[i];
+    }
+  }
+  heldCount_ = kept;
+}
+
+SynthEngine::NoteChoice SynthEngine::chooseGlide(int note, bool legatoMode, bool autoGlide) const {
+  const Voice& last = voices_[lastVoice_];
+  if (!legatoMode || !last.held()) {
+    // Auto glide: a note glides only from a note that is still held; without it, every note
+    // glides from the previous one.
+    float glideStart = static_cast<float>(note);
+    if (last.held()) {
+      glideStart = last.pitch;
+    } else if (!autoGlide) {
+      glideStart = lastNote_;
+    }
+    return {glideStart, false};
+  }
+  return {last.pitch, true};
+}
+
+void SynthEngine::startVoice(int slot, int note, const NoteChoice& choice, int unisonIndex, int unisonCount,
+                             StartMode mode, const Voice* previous) {
+  VoiceStart request;
+  request.note = note;
+  request.glideStart = choice.glideStart;
+  request.velocity = noteVelocity_[note];
+  request.unisonIndex = unisonIndex;
+  request.unisonCount = unisonCount;
+  request.mode = mode;
+  request.globalLfoHold = params_[kGlobalLfoDepth].globalPhysical() * globalLfoOutput_;
+  request.legato = choice.legato;
+  request.previous = previous;
+  if (unisonCount > 1) {
+    request.randomOffset = random_.next();
+    request.randomPhase = random_.next();
+  }
+  voices_[slot].start(request);
+  lastVoice_ = slot;
+}
+
+void SynthEngine::noteOn(int note, float velocity) {
+  if (note < 0 || note > 127) return;
+  if (lastNote_ < 0.0f) lastNote_ = static_cast<float>(note);
+
+  const bool legatoMode = params_[kLegatoMode].globalStepped() != 0;
+  const bool autoGlide = params_[kAutoGlide].globalStepped() != 0;
+  const int unison = std::clamp(params_[kUnisonVoices].globalStepped(), 1, 8);
+  const int polyphony = std::clamp(params_[kPolyphony].globalStepped(), 1, 24);
+
+  bool removed = false;
+  removeHeld(note, &removed);
+  heldNotes_[heldCount_++] = note;
+  noteVelocity_[note] = velocity;
+
+  const NoteChoice choice = chooseGlide(note, legatoMode, autoGlide);
+  const Voice* previous = &voices_[lastVoice_];
+  lastNote_ = static_cast<float>(note);
+
+  if (polyphony != 1) {
+    allocatePolyphonic(note, choice, polyphony, unison, previous);
+  } else {
+    allocateMonophonic(note, choice, unison, legatoMode);
+  }
+}
+
+void SynthEngine::allocatePolyphonic(int note, const NoteChoice& choice, int polyphony, int unison,
+                                     const Voice* previous) {
+  const int slots = std::min(polyphony * unison, kVoiceCount);
+  int placed = 0;
+  // Free slots first.
+  for (int slot = 0; slot < slots && placed < unison; ++slot) {
+    if (voices_[slot].isSilent()) {
+      startVoice(slot, note, choice, placed++, unison, StartMode::kFresh, previous);
+    }
+  }
+  // Then the voices already playing this key.
+  for (int slot = 0; slot < slots && placed < unison; ++slot) {
+    Voice& v = voices_[slot];
+    if (v.note == note) {
+      startVoice(slot, note, choice, placed++, unison, v.isSilent() ? StartMode::kFresh : StartMode::kRetrigger,
+                 previous);
+    }
+  }
+  // Then steal.
+  while (placed < unison) {
+    startVoice(chooseVictim(slots), note, choice, placed++, unison, StartMode::kRetrigger, previous);
+  }
+}
+
+int SynthEngine::chooseVictim(int slots) const {
+  // A releasing voice is preferred to a held one, an older to a younger; but as the comparison
+  // runs slot by slot, an older held voice can still displace a releasing best. Ties keep the
+  // lower slot.
+  int best = 0;
+  for (int slot = 1; slot < slots; ++slot) {
+    const Voice& candidate = voices_[slot];
+    const Voice& current = voices_[best];
+    if ((!candidate.held() && current.held()) || candidate.age > current.age) best = slot;
+  }
+  return best;
+}
+
+void SynthEngine::allocateMonophonic(int note, const NoteChoice& choice, int unison, bool legatoMode) {
+  const NoteChoice mono{choice.glideStart, false};
+  for (int k = 0; k < unison; ++k) {
+    const Voice& v = voices_[k];
+    StartMode mode = StartMode::kRetrigger;
+    if (v.held()) {
+      mode = legatoMode ? StartMode::kLegato : StartMode::kRetrigger;
+    } else if (v.isSilent()) {
+      mode = StartMode::kFresh;
+    }
+    startVoice(k, note, mono, k, unison, mode, nullptr);
+  }
+}
+
+void SynthEngine::noteOff(int note) {
+  bool removed = false;
+  removeHeld(note, &removed);
+  if (removed && heldCount_ > 0 && params_[kPolyphony].globalStepped() == 1) {
+    // Last-note priority: return to the most recent key still held.
+    const int back = heldNotes_[heldCount_ - 1];
+    noteOn(back, noteVelocity_[back]);
+  }
+  for (Voice& v : voices_) {
+    if (v.note == note && !v.isSilent()) v.release();
+  }
+}
+
+void SynthEngine::allNotesOff(bool hard) {
+  heldCount_ = 0;
+  for (Voice& v : voices_) {
+    if (hard) {
+      v.kill();
+    } else if (!v.isSilent()) {
+      v.release();
+    }
+  }
+}
+
+void SynthEngine::setPitchWheel(float bend) {
+  params_[kPitchWheel].base.store(clampUnit((bend + 1.0f) * 0.5f), std::memory_order_relaxed);
+  parameterChanged(kPitchWheel);
+}
+
+void SynthEngine::setController(int number, float value) {
+  if (number != 1) return;
+  params_[kModWheel].base.store(clampUnit(value), std::memory_order_relaxed);
+  parameterChanged(kModWheel);
+}
+
+void SynthEngine::smoothParameters(float fraction) {
+  for (Parameter& p : params_) {
+    const float base = p.baseValue();
+    p.smoothed = p.previous + (base - p.previous) * fraction;
+    p.globalValue = p.smoothed;
+  }
+}
+
+void SynthEngine::endProcess() {
+  for (Parameter& p : params_) p.previous = p.baseValue();
+}
+
+void SynthEngine::reset() {
+  heldCount_ = 0;
+  for (Voice& v : voices_) v.kill();
+}
+
+int SynthEngine::soundingVoiceCount() const {
+  int count = 0;
+  for (const Voice& v : voices_) count += v.isSilent() ? 0 : 1;
+  return count;
+}
+
+void SynthEngine::renderVoice(Voice& voice, float* left, float* right, int frames) {
+  for (int i = 0; i < kParamCount; ++i) {
+    if (i != kPitchWheel && i != kModWheel) params_[i].voiceValue = params_[i].globalValue;
+  }
+  voice.render(voiceBuffer_, frames, params_.data());
+
+  // Output gain, ramped from where the last block ended (a fresh voice starts at its gain).
+  const float gainBase = std::max(0.0f, params_[kVoiceGain].voicePhysical());
+  const float target = gainBase * gainBase * voice.unisonGain;
+  const float start = voice.lastOutputGain < 0.0f ? target : voice.lastOutputGain;
+  const float step = frames > 1 ? (target - start) / static_cast<float>(frames - 1) : 0.0f;
+
+  const float width = params_[kUnisonWidth].globalPhysical();
+  const float pan = std::clamp((width * voice.panPosition + 1.0f) * 0.5f, 0.0f, 1.0f);
+  const float leftGain = kVoiceHeadroom * std::sqrt(pan);
+  const float rightGain = kVoiceHeadroom * std::sqrt(1.0f - pan);
+
+  for (int i = 0; i < frames; ++i) {
+    const float sample = (start + step * static_cast<float>(i)) * voiceBuffer_[i];
+    left[i] += leftGain * sample;
+    right[i] += rightGain * sample;
+  }
+  voice.lastOutputGain = target;
+}
+
+void SynthEngine::renderBlock(float* left, float* right, int frames, double songPositionBeats, double tempoBpm) {
+  (void)songPositionBeats;
+  (void)tempoBpm;
+  if (frames <= 0) return;
+  frames = std::min(frames, kMaxBlock);
+  const float dt = static_cast<float>(frames) / sampleRate_;
+  clock_ += dt;
+  if (clock_ > kClockWrap) clock_ = 0.0;
+
+  std::fill(left, left + frames, 0.0f);
+  std::fill(right, right + frames, 0.0f);
+  for (Voice& v : voices_) {
+    if (v.isSilent()) continue;
+    renderVoice(v, left, right, frames);
+    v.age += dt;
+  }
+
+  // Whatever went wrong upstream, the host never receives a NaN or an infinity.
+  for (int i = 0; i < frames; ++i) {
+    if (!std::isfinite(left[i])) left[i] = 0.0f;
+    if (!std::isfinite(right[i])) right[i] = 0.0f;
+  }
+}
+
+}  // namespace ziv

@@ -1,0 +1,99 @@
+// The synth engine: the parameter records of the patch, the pool of 64 voices, the held-note
+// list and the note allocation that gives notes their voices (polyphony, unison, stealing,
+// legato, glide, last-note priority), and the rendering of sub-blocks into stereo.
+//
+// Threads: every operation runs on the host's audio thread, except `setParameter`,
+// `parameter`, `setListener` and the read-only queries, which any thread may call; they touch
+// only the atomic stored values. Nothing here allocates after construction.
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+#include "engine/dsp.h"
+#include "engine/machine_listener.h"
+#include "engine/parameter.h"
+#include "engine/random.h"
+#include "engine/voice.h"
+
+namespace ziv {
+
+class SynthEngine {
+ public:
+  // The program format version values are written under by default.
+  static constexpr int kCurrentVersion = 1033;
+
+  SynthEngine();
+  SynthEngine(const SynthEngine&) = delete;
+  SynthEngine& operator=(const SynthEngine&) = delete;
+
+  // --- Parameters (any thread) ---
+  int parameterCount() const { return kHostParamCount; }
+  const Parameter& parameter(int index) const { return params_[index]; }
+  // Stores `value` (clamped to 0..1) as the stored value of `index` and reports it to the listener.
+  void setParameter(int index, float value, bool fromEditor);
+  // Re-describes what depends on a stored value (the global LFO rate's mode on its sync switch).
+  void parameterChanged(int index);
+  // Writes the display text of `index` into `text` (capacity bytes, terminator included).
+  void parameterDisplay(int index, char* text, std::size_t capacity) const;
+  void setListener(MachineListener* listener) { listener_ = listener; }
+
+  // The program format version under which values are currently being written.
+  int loadVersion = kCurrentVersion;
+
+  // --- Audio thread ---
+  void setSampleRate(float hz);
+  float sampleRate() const { return sampleRate_; }
+  void noteOn(int note, float velocity);
+  void noteOff(int note);
+  void allNotesOff(bool hard);
+  void setPitchWheel(float bend);
+  void setController(int number, float value);
+  // Moves every parameter's smoothed value to `fraction` of the way from its previous to its
+  // stored value; called before each sub-block with (k + 1) / K.
+  void smoothParameters(float fraction);
+  // Renders 1..kMaxBlock frames into both buffers, overwriting them.
+  void renderBlock(float* left, float* right, int frames, double songPositionBeats, double tempoBpm);
+  // Ends a host block: the next block ramps from the values stored now.
+  void endProcess();
+  // Silences every voice and clears the held notes.
+  void reset();
+
+  // --- Observation (tests, editor) ---
+  const Voice& voice(int slot) const { return voices_[slot]; }
+  int lastVoice() const { return lastVoice_; }
+  int heldNoteCount() const { return heldCount_; }
+  int heldNote(int position) const { return heldNotes_[position]; }
+  int soundingVoiceCount() const;
+
+ private:
+  struct NoteChoice {
+    float glideStart;
+    bool legato;
+  };
+
+  NoteChoice chooseGlide(int note, bool legatoMode, bool autoGlide) const;
+  void startVoice(int slot, int note, const NoteChoice& choice, int unisonIndex, int unisonCount,
+                  StartMode mode, const Voice* previous);
+  void allocatePolyphonic(int note, const NoteChoice& choice, int polyphony, int unison, const Voice* previous);
+  void allocateMonophonic(int note, const NoteChoice& choice, int unison, bool legatoMode);
+  int chooseVictim(int slots) const;
+  void removeHeld(int note, bool* removed);
+  void renderVoice(Voice& voice, float* left, float* right, int frames);
+
+  std::array<Parameter, kParamCount> params_;
+  std::array<Voice, kVoiceCount> voices_;
+  std::array<int, 128> heldNotes_{};
+  int heldCount_ = 0;
+  std::array<float, 128> noteVelocity_{};
+  float lastNote_ = -1.0f;
+  int lastVoice_ = 0;
+  float sampleRate_ = 44100.0f;
+  double clock_ = 0.0;
+  float globalLfoOutput_ = 0.0f;
+  Random random_;
+  MachineListener* listener_ = nullptr;
+  alignas(16) float voiceBuffer_[kMaxBlock] = {};
+};
+
+}  // namespace ziv

@@ -1,0 +1,140 @@
+#include "engine/voice.h"
+
+#include <cmath>
+
+#include "engine/dsp.h"
+#include "engine/random.h"
+
+namespace ziv {
+namespace {
+
+// Glides shorter than this many squared seconds jump straight to the note.
+constexpr float kGlideThreshold = 1e-6f;
+
+EnvelopeTimes envelopeTimes(const Parameter* params, int attack, float decayScale, float releaseScale,
+                            bool squaredSustain, bool linear) {
+  const float a = params[attack].voiceValue;
+  const float d = params[attack + 1].voiceValue;
+  const float s = params[attack + 2].voiceValue;
+  const float r = params[attack + 3].voiceValue;
+  EnvelopeTimes times;
+  times.attack = 4.0f * a * a * a;
+  times.decay = decayScale * d * d;
+  times.sustain = squaredSustain ? s * s : s;
+  times.release = releaseScale * r * r;
+  times.linear = linear;
+  return times;
+}
+
+}  // namespace
+
+void Voice::setSampleRate(float rate) { sampleRate_ = rate; }
+
+void Voice::start(const VoiceStart& request) {
+  pitch = request.glideStart;
+  velocity = request.velocity;
+  note = request.note;
+  age = 0.0f;
+  globalLfoHold = request.globalLfoHold;
+  glideDistance = std::fabs(request.glideStart - static_cast<float>(request.note));
+  unisonGain = 1.0f / std::sqrt(static_cast<float>(request.unisonCount));
+
+  if (request.unisonCount > 1) {
+    // Spread evenly over -1..1, each voice pushed at most half a slot off its place.
+    const float x = 2.0f * request.unisonIndex / static_cast<float>(request.unisonCount - 1) - 1.0f;
+    unisonPosition =
+        x + (request.randomOffset * (1.0f / Random::kMax) - 0.5f) / static_cast<float>(request.unisonCount);
+    panPosition = (request.unisonCount % 2 == 1) ? x : std::fabs(x);
+    if (request.unisonIndex % 2 == 1) panPosition = -panPosition;
+    startPhase = request.randomPhase / static_cast<float>(Random::kMax);
+    startPhase -= std::floor(startPhase);
+  } else {
+    unisonPosition = 0.0f;
+    panPosition = 0.0f;
+    startPhase = 0.0f;
+  }
+
+  if (request.legato && request.previous != nullptr) {
+    // Glide on from the previous voice without retriggering its envelopes.
+    ampEnvelope = request.previous->ampEnvelope;
+    filterEnvelope = request.previous->filterEnvelope;
+    modEnvelope = request.previous->modEnvelope;
+    globalLfoHold = request.previous->globalLfoHold;
+  } else if (request.mode == StartMode::kLegato) {
+    restartEnvelopeFromLevel(ampEnvelope);
+    restartEnvelopeFromLevel(filterEnvelope);
+    restartEnvelopeFromLevel(modEnvelope);
+    return;
+  } else {
+    ampEnvelope.clear();
+    filterEnvelope.clear();
+    modEnvelope.clear();
+  }
+
+  if (request.mode == StartMode::kFresh) {
+    lastOutputGain = -1.0f;
+  }
+}
+
+void Voice::release() {
+  releaseEnvelope(ampEnvelope);
+  releaseEnvelope(filterEnvelope);
+  releaseEnvelope(modEnvelope);
+}
+
+void Voice::kill() {
+  ampEnvelope = EnvelopeState{};
+  filterEnvelope = EnvelopeState{};
+  modEnvelope = EnvelopeState{};
+  lastOutputGain = -1.0f;
+}
+
+bool Voice::isSilent() const { return ampEnvelope.stage == kStageFinished && ampEnvelope.level <= kSilence; }
+
+float Voice::soundingPitch(const Parameter* params) const {
+  return pitch + params[kPitchBendRange].voicePhysical() * params[kPitchWheel].globalPhysical() +
+         params[kVoicePitch].voicePhysical() * 24.0f +
+         0.5f * unisonPosition * params[kUnisonDetune].voiceValue;
+}
+
+void Voice::glide(float dt, const Parameter* params) {
+  const float g = params[kGlideTime].voiceValue;
+  const float target = static_cast<float>(note);
+  if (g * g <= kGlideThreshold) {
+    pitch = target;
+    return;
+  }
+  const float step = dt * glideDistance / (g * g);
+  if (pitch < target) {
+    pitch = std::fmin(pitch + step, target);
+  } else {
+    pitch = std::fmax(pitch - step, target);
+  }
+}
+
+void Voice::advanceEnvelopes(float dt, const Parameter* params) {
+  advanceEnvelope(filterEnvelope, dt, envelopeTimes(params, kFilterEnvAttack, 10.0f, 10.0f, true, false));
+  advanceEnvelope(modEnvelope, dt, envelopeTimes(params, kModEnvAttack, 5.0f, 5.0f, false, true));
+}
+
+void Voice::render(float* out, int frames, const Parameter* params) {
+  const float dt = static_cast<float>(frames) / sampleRate_;
+  glide(dt, params);
+  advanceEnvelopes(dt, params);
+
+  for (int i = 0; i < frames; ++i) out[i] = 0.0f;
+
+  // The amplitude envelope: a straight gain ramp from the level at the block's start to the
+  // level at its end.
+  const float startLevel = ampEnvelope.level;
+  const float endLevel =
+      advanceEnvelope(ampEnvelope, dt, envelopeTimes(params, kAmpEnvAttack, 10.0f, 10.0f, true, false));
+  const float step = (endLevel - startLevel) / static_cast<float>(frames);
+  float gain = startLevel;
+  for (int i = 0; i < frames; ++i) {
+    gain += step;
+    out[i] *= gain;
+  }
+}
+
+}  // namespace ziv

@@ -1,0 +1,74 @@
+// One voice slot of the engine's fixed pool.
+//
+// A voice holds the note it plays, its place in a unison stack, its gliding pitch and its
+// envelopes, and renders one sub-block of mono signal at a time. Its amplitude envelope's stage
+// is its life: attack, decay, sustain, release, finished; a finished voice whose output has
+// rung out below the silence threshold is silent, the free state. Voices are never created or
+// destroyed while the engine runs. Every operation here runs on the audio thread.
+#pragma once
+
+#include "engine/envelope.h"
+#include "engine/parameter.h"
+
+namespace ziv {
+
+// How a note claims a slot: a fresh start, a monophonic legato continuation of a held voice,
+// or a retrigger of a voice that is still sounding.
+enum class StartMode { kFresh = 0, kLegato = 1, kRetrigger = 2 };
+
+struct VoiceStart {
+  int note = 0;
+  float glideStart = 0.0f;  // pitch the voice glides from, in semitones
+  float velocity = 0.0f;
+  int unisonIndex = 0;
+  int unisonCount = 1;
+  StartMode mode = StartMode::kFresh;
+  float globalLfoHold = 0.0f;
+  bool legato = false;  // polyphonic legato: take over the previous voice's envelopes
+  const struct Voice* previous = nullptr;
+  int randomOffset = 0;  // 0..32767, the place within a unison slot
+  int randomPhase = 0;   // 0..32767, the oscillators' start phase
+};
+
+struct Voice {
+  int note = -1;
+  float velocity = 0.0f;
+  float pitch = 0.0f;
+  float glideDistance = 0.0f;
+  float unisonPosition = 0.0f;
+  float panPosition = 0.0f;
+  float unisonGain = 1.0f;
+  float lastOutputGain = -1.0f;
+  float globalLfoHold = 0.0f;
+  float age = 0.0f;
+  float startPhase = 0.0f;
+
+  EnvelopeState ampEnvelope;
+  EnvelopeState filterEnvelope;
+  EnvelopeState modEnvelope;
+
+  void setSampleRate(float rate);
+  void start(const VoiceStart& request);
+  // Enters release in every envelope not already releasing.
+  void release();
+  // Silences the voice at once (hard all-notes-off, engine reset).
+  void kill();
+
+  int stage() const { return static_cast<int>(ampEnvelope.stage); }
+  bool held() const { return ampEnvelope.held(); }
+  bool isSilent() const;
+
+  // Renders `frames` samples into `out` (overwriting it) from the parameters' voice values.
+  void render(float* out, int frames, const Parameter* params);
+
+  // The sounding pitch in semitones before the per-oscillator offsets.
+  float soundingPitch(const Parameter* params) const;
+
+ private:
+  void glide(float dt, const Parameter* params);
+  void advanceEnvelopes(float dt, const Parameter* params);
+
+  float sampleRate_ = 44100.0f;
+};
+
+}  // namespace ziv

@@ -1,0 +1,260 @@
+#include "plugin/vst_test.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "engine/denormals.h"
+
+namespace ziv {
+namespace {
+
+constexpr const char* kEffectName = "Vrn ZIV";
+constexpr const char* kVendorName = "Quorvantis";
+constexpr const char* kInitProgramName = "Init Patch";
+constexpr double kDefaultTempo = 120.0;
+// The longest tail a voice and the effects can ring on after the last note, in seconds.
+constexpr double kTailSeconds = 3.0;
+
+int dataByte(char byte) { return static_cast<signed char>(byte); }
+
+}  // namespace
+
+VstTest::VstTest(vst2::AudioMasterCallback audioMaster, std::unique_ptr<SynthEngine> engine)
+    : VstTestModule(audioMaster, kProgramCount, std::move(engine)) {
+  SynthEngine& synth = this->engine();
+  synth.setSampleRate(44100.0f);
+
+  setNumInputs(0);
+  setNumOutputs(2);
+  setUniqueID(vst2::fourCharCode('V', 'r', 'n', '1'));
+  cEffect_.version = kVersion;
+  isSynth();
+  programsAreChunks();
+  noTail(false);
+  canProcessReplacing();
+
+  ProgramRecord defaults;
+  defaults.setName(kInitProgramName);
+  for (int i = 0; i < kHostParamCount; ++i) defaults.values[i] = synth.parameter(i).baseValue();
+  programs_.fill(defaults);
+  initProgram_ = programs_[kProgramCount - 1];
+
+  currentProgram_.store(0, std::memory_order_relaxed);
+  writeProgramToEngine(programs_[0]);
+  if (!inSetProgram_) updateDisplay();
+}
+
+void VstTest::writeProgramToEngine(const ProgramRecord& record) {
+  SynthEngine& synth = engine();
+  const int savedVersion = synth.loadVersion;
+  synth.loadVersion = SynthEngine::kCurrentVersion;
+  for (int i = 0; i < kHostParamCount; ++i) synth.setParameter(i, record.values[i], false);
+  synth.loadVersion = savedVersion;
+}
+
+void VstTest::onParameterChanged(int index, float value, bool fromEditor) {
+  if (index < 0 || index >= kHostParamCount) return;
+  if (fromEditor) callHost(vst2::audioMasterAutomate, index, 0, nullptr, value);
+  programs_[currentProgram_.load(std::memory_order_relaxed)].values[index] = value;
+}
+
+void VstTest::suspend() { engine().reset(); }
+
+void VstTest::resume() {
+  AudioEffectX::resume();
+  engine().reset();
+}
+
+// --- Programs ---
+
+void VstTest::setProgram(vst2::VstInt32 program) {
+  if (program < 0) program = 0;
+  if (program > kProgramCount - 1) program = kProgramCount - 1;
+  currentProgram_.store(program, std::memory_order_relaxed);
+  writeProgramToEngine(programs_[program]);
+  if (!inSetProgram_) updateDisplay();
+}
+
+void VstTest::setProgramName(char* name) {
+  if (name == nullptr) return;
+  programs_[currentProgram_.load(std::memory_order_relaxed)].setName(name);
+  if (!inSetProgram_) updateDisplay();
+}
+
+void VstTest::getProgramName(char* name) {
+  vst2::copyString(name, programs_[currentProgram_.load(std::memory_order_relaxed)].name,
+                   vst2::kVstMaxProgNameLen + 1);
+}
+
+bool VstTest::getProgramNameIndexed(vst2::VstInt32 category, vst2::VstInt32 index, char* text) {
+  (void)category;
+  if (text == nullptr || index < 0 || index >= kProgramCount) return false;
+  vst2::copyString(text, programs_[index].name, vst2::kVstMaxProgNameLen + 1);
+  return true;
+}
+
+bool VstTest::beginSetProgram() {
+  inSetProgram_ = true;
+  engine().loadVersion = 0;
+  return true;
+}
+
+bool VstTest::endSetProgram() {
+  engine().loadVersion = SynthEngine::kCurrentVersion;
+  inSetProgram_ = false;
+  updateDisplay();
+  return true;
+}
+
+// --- Identity ---
+
+bool VstTest::getEffectName(char* name) {
+  if (name == nullptr) return false;
+  vst2::copyString(name, kEffectName, vst2::kVstMaxEffectNameLen + 1);
+  return true;
+}
+
+bool VstTest::getProductString(char* text) {
+  if (text == nullptr) return false;
+  vst2::copyString(text, kEffectName, vst2::kVstMaxProductStrLen + 1);
+  return true;
+}
+
+bool VstTest::getVendorString(char* text) {
+  if (text == nullptr) return false;
+  vst2::copyString(text, kVendorName, vst2::kVstMaxVendorStrLen + 1);
+  return true;
+}
+
+vst2::VstInt32 VstTest::canDo(const char* text) {
+  // Some hosts send a synth no MIDI unless it says it takes events.
+  if (std::strcmp(text, "receiveVstEvents") == 0 || std::strcmp(text, "receiveVstMidiEvent") == 0) return 1;
+  return 0;
+}
+
+vst2::VstInt32 VstTest::getGetTailSize() {
+  return static_cast<vst2::VstInt32>(kTailSeconds * getSampleRate()) + 1;
+}
+
+vst2::VstIntPtr VstTest::vendorSpecific(vst2::VstInt32 lArg, vst2::VstIntPtr lArg2, void* ptrArg, float floatArg) {
+  (void)lArg2;
+  (void)ptrArg;
+  (void)floatArg;
+  if (lArg == kNoProgramChangeCode) noProgramChange_ = true;
+  return 0;
+}
+
+bool VstTest::beginEdit(vst2::VstInt32 index) { return index != -1 && AudioEffectX::beginEdit(index); }
+
+bool VstTest::endEdit(vst2::VstInt32 index) { return index != -1 && AudioEffectX::endEdit(index); }
+
+// --- Audio ---
+
+vst2::VstInt32 VstTest::processEvents(vst2::VstEvents* events) {
+  ScopedFlushDenormals denormals;
+  if (events == nullptr) return 0;
+  for (vst2::VstInt32 i = 0; i < events->numEvents; ++i) {
+    const vst2::VstEvent* event = events->events[i];
+    if (event == nullptr || event->type != vst2::kVstMidiType) continue;
+    eventQueue_.pushBack(*reinterpret_cast<const vst2::VstMidiEvent*>(event));
+  }
+  eventQueue_.sortStable();
+  return 0;
+}
+
+void VstTest::releaseSustainedNotes() {
+  for (int note = 0; note < 128; ++note) {
+    if (heldBySustain_.test(note)) engine().noteOff(note);
+  }
+  heldBySustain_.reset();
+}
+
+void VstTest::dispatch(const vst2::VstMidiEvent& event) {
+  SynthEngine& synth = engine();
+  const int status = (static_cast<unsigned char>(event.midiData[0]) >> 4) & 0x0f;
+  const int data1 = dataByte(event.midiData[1]);
+  const int data2 = dataByte(event.midiData[2]);
+  const bool validNote = data1 >= 0 && data1 < 128;
+  switch (status) {
+    case 0x8:
+    case 0x9:
+      if (status == 0x9 && data2 >= 1) {
+        if (validNote) heldBySustain_.reset(data1);
+        synth.noteOn(data1, data2 / 127.0f);
+      } else if (sustainDown_) {
+        if (validNote) heldBySustain_.set(data1);
+      } else {
+        synth.noteOff(data1);
+      }
+      break;
+    case 0xB:
+      synth.setController(data1, data2 / 127.0f);
+      if (data1 == 64) {
+        if (data2 < 64) {
+          releaseSustainedNotes();
+          sustainDown_ = false;
+        } else {
+          sustainDown_ = true;
+        }
+      } else if (data1 == 120 || data1 == 123) {
+        synth.allNotesOff(data1 == 120);
+        heldBySustain_.reset();
+      }
+      break;
+    case 0xC:
+      if (!noProgramChange_) setProgram(data1);
+      break;
+    case 0xE:
+      synth.setPitchWheel((((data2 << 7) | data1) - 8192) / 8192.0f);
+      break;
+    default:
+      break;
+  }
+}
+
+void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 frames) {
+  (void)inputs;
+  ScopedFlushDenormals denormals;
+  SynthEngine& synth = engine();
+  const float rate = getSampleRate();
+  synth.setSampleRate(rate);
+  const int n = frames > 0 ? frames : 0;
+
+  // Song position: the host's when it moves; when it stands still (stopped transport, or a
+  // host that does not report it), advance by the tempo so synced modulation keeps running.
+  double tempo = kDefaultTempo;
+  const double previousPpq = blockPpq_;
+  double position = previousPpq;
+  const vst2::VstTimeInfo* time = getTimeInfo(vst2::kVstPpqPosValid | vst2::kVstTempoValid);
+  if (time != nullptr && (time->flags & vst2::kVstTempoValid) != 0 && time->tempo > 0.0) tempo = time->tempo;
+  const bool hostPpq = time != nullptr && (time->flags & vst2::kVstPpqPosValid) != 0;
+  if (hostPpq && time->ppqPos != lastHostPpq_) {
+    lastHostPpq_ = position = time->ppqPos;
+  } else if (rate > 0.0f) {
+    position = previousPpq + tempo / 60.0 * n / rate;
+  }
+  blockPpq_ = position;
+
+  float* left = outputs != nullptr ? outputs[0] : nullptr;
+  float* right = outputs != nullptr ? outputs[1] : nullptr;
+  const int subBlocks = (n + kMaxBlock - 1) / kMaxBlock;
+  for (int k = 0; k < subBlocks; ++k) {
+    const int start = k * n / subBlocks;
+    const int end = (k + 1) * n / subBlocks;
+    const float fraction = static_cast<float>(k + 1) / static_cast<float>(subBlocks);
+    synth.smoothParameters(fraction);
+    // Events apply at the start of the sub-block that holds their offset.
+    while (!eventQueue_.empty() && eventQueue_.front().deltaFrames < end) {
+      dispatch(eventQueue_.front());
+      eventQueue_.popFront();
+    }
+    if (left != nullptr && right != nullptr) {
+      const double subPosition = (1.0 - fraction) * previousPpq + fraction * blockPpq_;
+      synth.renderBlock(left + start, right + start, end - start, subPosition, tempo);
+    }
+  }
+  eventQueue_.carryOver(n);
+  synth.endProcess();
+}
+
+}  // namespace ziv

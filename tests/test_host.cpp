@@ -1,0 +1,79 @@
+#include "test_host.h"
+
+#include <cstring>
+
+namespace ziv::testing {
+namespace {
+
+HostRecord* currentRecord = nullptr;
+
+vst2::VstIntPtr hostCallback(vst2::AEffect*, vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr,
+                             void*, float opt) {
+  HostRecord& r = *currentRecord;
+  switch (opcode) {
+    case vst2::audioMasterVersion:
+      return 2400;
+    case vst2::audioMasterGetTime:
+      return r.answerTime ? reinterpret_cast<vst2::VstIntPtr>(&r.time) : 0;
+    case vst2::audioMasterAutomate:
+      ++r.automateCount;
+      r.lastAutomatedIndex = index;
+      r.lastAutomatedValue = opt;
+      return 0;
+    case vst2::audioMasterUpdateDisplay:
+      ++r.updateDisplayCount;
+      return 1;
+    default:
+      return 0;
+  }
+}
+
+}  // namespace
+
+HostRecord& TestHost::record() { return *currentRecord; }
+
+TestHost::TestHost() {
+  currentRecord = new HostRecord;
+  currentRecord->time.sampleRate = 44100.0;
+  currentRecord->time.tempo = 120.0;
+  currentRecord->time.flags = vst2::kVstPpqPosValid | vst2::kVstTempoValid;
+  plugin_ = std::make_unique<VstTest>(hostCallback, std::make_unique<SynthEngine>());
+  plugin_->setSampleRate(44100.0f);
+  plugin_->resume();
+}
+
+TestHost::~TestHost() {
+  plugin_.reset();
+  delete currentRecord;
+  currentRecord = nullptr;
+}
+
+void TestHost::midi(int offset, int status, int data1, int data2) {
+  vst2::VstMidiEvent event{};
+  event.type = vst2::kVstMidiType;
+  event.byteSize = sizeof(event);
+  event.deltaFrames = offset;
+  event.midiData[0] = static_cast<char>(status);
+  event.midiData[1] = static_cast<char>(data1);
+  event.midiData[2] = static_cast<char>(data2);
+  pending_.push_back(event);
+}
+
+void TestHost::process(int frames) {
+  if (!pending_.empty()) {
+    std::vector<char> storage(sizeof(vst2::VstEvents) + pending_.size() * sizeof(vst2::VstEvent*));
+    auto* events = reinterpret_cast<vst2::VstEvents*>(storage.data());
+    events->numEvents = static_cast<vst2::VstInt32>(pending_.size());
+    for (std::size_t i = 0; i < pending_.size(); ++i) {
+      events->events[i] = reinterpret_cast<vst2::VstEvent*>(&pending_[i]);
+    }
+    plugin_->processEvents(events);
+    pending_.clear();
+  }
+  left.assign(frames > 0 ? frames : 1, 0.0f);
+  right.assign(frames > 0 ? frames : 1, 0.0f);
+  float* outputs[2] = {left.data(), right.data()};
+  plugin_->processReplacing(nullptr, outputs, frames);
+}
+
+}  // namespace ziv::testing
