@@ -1,0 +1,79 @@
+// The engine's one resonant second-order filter element.
+//
+// FILTER 1, FILTER 2, the noise oscillator and the master EQ all run this element. Its
+// coefficients are the Audio EQ Cookbook biquads (w0 = 2 pi f / rate, alpha = sin(w0) / (2 Q)):
+// shape 0 low-pass, 1 high-pass, 2 band-pass with 0 dB peak, 4 band-pass with constant skirt
+// (peak gain Q), 5 low shelf, 6 high shelf; any other shape is a low-pass. The feed-forward
+// coefficients are multiplied by an output gain and all coefficients are divided by a0.
+//
+// Per block the element
+// - clamps the frequency to [8 Hz, 0.499 x rate],
+// - limits how far the angular frequency w0 moves: by at most 10 pi x frames / rate, i.e. w0
+//   travels at most 10 pi rad per second (0 to Nyquist in 100 ms; 100 Hz to 200 Hz at 44.1 kHz
+//   in 0.5 ms), which removes zipper steps from jumping knobs but lets a fast envelope through,
+// - interpolates the five coefficients linearly per sample from the last block's set to this
+//   block's, so the last sample of a block uses exactly the new set.
+// After reset() the first 20 output samples crossfade from the dry input to the filtered output,
+// so a restarted voice does not click while the cleared filter settles. The first block after a
+// reset takes its frequency and coefficients without slew or ramp.
+//
+// The structure is direct form I computed in double precision: its state is the last two inputs
+// and outputs, which do not depend on the coefficients, so per-sample coefficient changes (fast
+// sweeps, shape switches) cause no state-mismatch transients as they would in the transposed
+// form II, and double precision keeps low cutoffs (8 Hz at 96 kHz) accurate. Limits: a linear
+// ramp between two stable coefficient sets stays stable (the stable (a1, a2) region is convex),
+// but the element does not otherwise guard against instability; Q is floored at 1e-7.
+#pragma once
+
+namespace ziv {
+
+class FilterElement {
+ public:
+  static constexpr int kLowPass = 0;
+  static constexpr int kHighPass = 1;
+  static constexpr int kBandPass = 2;       // 0 dB peak
+  static constexpr int kBandPassSkirt = 4;  // constant skirt, peak gain Q
+  static constexpr int kLowShelf = 5;
+  static constexpr int kHighShelf = 6;
+
+  static constexpr float kMinFrequency = 8.0f;         // Hz
+  static constexpr float kMaxFrequencyRatio = 0.499f;  // of the sample rate
+  static constexpr float kMinQ = 1e-7f;
+  static constexpr float kMinShelfFactor = 1e-4f;
+  static constexpr int kCrossfadeSamples = 20;
+
+  // Sets the rate; takes effect with the next block. Audio thread, or any thread while the
+  // engine does not render.
+  void setSampleRate(float rate);
+
+  // Clears the history and arms the 20-sample dry-to-filtered crossfade; the next block takes its
+  // settings without slew. Audio thread (voice start), or any thread while the engine does not
+  // render.
+  void reset();
+
+  // Filters buf[0..frames) in place with this block's target settings. shelfFactor is the
+  // cookbook's A for shapes 5 and 6 (a linear factor: the shelf's gain at its extreme is A^2)
+  // and is ignored by the other shapes; gain multiplies the feed-forward coefficients. frames is
+  // at most kMaxBlock. Audio thread, or any thread while the engine does not render.
+  void render(float* buf, int frames, int shape, float freqHz, float q, float gain, float shelfFactor = 1.0f);
+
+  // True when the two most recent outputs are at most the silence threshold (kSilence). Audio
+  // thread, or any thread while the engine does not render.
+  bool isSilent() const;
+
+ private:
+  struct Coefficients {
+    double b0 = 1.0, b1 = 0.0, b2 = 0.0, a1 = 0.0, a2 = 0.0;
+  };
+  static Coefficients design(int shape, double w0, double q, double gain, double shelfFactor);
+
+  float sampleRate_ = 44100.0f;
+  bool started_ = false;  // false until the first block after a reset
+  double w0_ = 0.0;       // angular frequency reached at the end of the last block
+  Coefficients coefficients_;
+  // History: the last two inputs and outputs.
+  double x1_ = 0.0, x2_ = 0.0, y1_ = 0.0, y2_ = 0.0;
+  int crossfadeLeft_ = 0;
+};
+
+}  // namespace ziv
