@@ -1,0 +1,79 @@
+// The audio path allocates nothing: after the first block, processEvents and processReplacing
+// are run with every heap allocation of this thread counted.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "test_host.h"
+
+namespace {
+
+thread_local bool countingAllocations = false;
+thread_local int allocationCount = 0;
+
+void* allocate(std::size_t size) {
+  if (countingAllocations) ++allocationCount;
+  if (void* p = std::malloc(size > 0 ? size : 1)) return p;
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return allocate(size); }
+void* operator new[](std::size_t size) { return allocate(size); }
+void operator delete(void* p) noexcept { std::free(p); }
+void operator delete[](void* p) noexcept { std::free(p); }
+void operator delete(void* p, std::size_t) noexcept { std::free(p); }
+void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
+
+namespace ziv::testing {
+namespace {
+
+TEST(RealTime, AudioCallsAllocateNothing) {
+  // The counter itself works.
+  countingAllocations = true;
+  delete new int(1);
+  countingAllocations = false;
+  ASSERT_EQ(allocationCount, 1);
+  allocationCount = 0;
+
+  TestHost host;
+  VstTest& plugin = host.plugin();
+  plugin.setParameter(kPolyphony, 1.0f);
+  plugin.setParameter(kUnisonVoices, 1.0f);
+
+  // Events prepared up front, as a host would hold them.
+  std::vector<vst2::VstMidiEvent> midi;
+  for (int i = 0; i < 64; ++i) {
+    vst2::VstMidiEvent e{};
+    e.type = vst2::kVstMidiType;
+    e.byteSize = sizeof(e);
+    e.deltaFrames = (i * 37) % 600;
+    const int kind = i % 4;
+    e.midiData[0] = static_cast<char>(kind == 0 ? 0x90 : kind == 1 ? 0x80 : kind == 2 ? 0xB0 : 0xE0);
+    e.midiData[1] = static_cast<char>(kind == 2 ? 64 : 36 + i);
+    e.midiData[2] = static_cast<char>(kind == 2 ? (i % 8 < 4 ? 127 : 0) : 100);
+    midi.push_back(e);
+  }
+  std::vector<char> storage(sizeof(vst2::VstEvents) + midi.size() * sizeof(vst2::VstEvent*));
+  auto* events = reinterpret_cast<vst2::VstEvents*>(storage.data());
+  events->numEvents = static_cast<int>(midi.size());
+  for (std::size_t i = 0; i < midi.size(); ++i) events->events[i] = reinterpret_cast<vst2::VstEvent*>(&midi[i]);
+  std::vector<float> left(4096), right(4096);
+  float* outputs[2] = {left.data(), right.data()};
+
+  host.process(256);  // first block: anything lazy happens here
+  countingAllocations = true;
+  for (int block = 0; block < 50; ++block) {
+    plugin.processEvents(events);
+    plugin.processReplacing(nullptr, outputs, block % 3 == 0 ? 4096 : 129);
+    plugin.processReplacing(nullptr, outputs, 0);
+  }
+  countingAllocations = false;
+  EXPECT_EQ(allocationCount, 0);
+  EXPECT_GT(host.engine().soundingVoiceCount(), 0);
+}
+
+}  // namespace
+}  // namespace ziv::testing
