@@ -1,0 +1,338 @@
+// The filter element against the cookbook's responses, its clamp, restart crossfade, silence
+// test and stability, and the voice filter's control mapping and vowel formants.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "engine/dsp.h"
+#include "engine/filter_element.h"
+#include "engine/voice_filter.h"
+
+namespace ziv {
+namespace {
+
+constexpr float kRate = 44100.0f;
+constexpr int kSettle = 8192;    // samples before measuring
+constexpr int kMeasure = 44100;  // one second: whole cycles of every integer frequency
+constexpr double kPiD = 3.14159265358979323846;
+
+// Runs a unit sine of freqHz through `process` (in blocks of kMaxBlock) and returns the
+// output's amplitude at that frequency after settling.
+template <typename Process>
+double sineGain(double freqHz, Process process) {
+  std::vector<float> buf(kSettle + kMeasure);
+  for (size_t i = 0; i < buf.size(); ++i)
+    buf[i] = static_cast<float>(std::sin(2.0 * kPiD * freqHz * i / kRate));
+  for (size_t i = 0; i < buf.size(); i += kMaxBlock)
+    process(buf.data() + i, static_cast<int>(std::min<size_t>(kMaxBlock, buf.size() - i)));
+  double s = 0.0, c = 0.0;
+  for (int i = 0; i < kMeasure; ++i) {
+    const double phase = 2.0 * kPiD * freqHz * (kSettle + i) / kRate;
+    s += buf[kSettle + i] * std::sin(phase);
+    c += buf[kSettle + i] * std::cos(phase);
+  }
+  return 2.0 * std::hypot(s, c) / kMeasure;
+}
+
+double elementGain(int shape, double freqHz, float cutoff, float q, float gain, float shelf = 1.0f) {
+  FilterElement e;
+  e.setSampleRate(kRate);
+  return sineGain(freqHz, [&](float* b, int n) { e.render(b, n, shape, cutoff, q, gain, shelf); });
+}
+
+// The cookbook's published properties at DC, the cutoff and Nyquist.
+TEST(FilterElement, MatchesCookbookAtCharacteristicFrequencies) {
+  const float f0 = 1000.0f, q = 3.0f, g = 0.8f, a = 1.5f;
+  const double tol = 0.01;
+  // Low-pass: gain at DC, Q x gain at the cutoff; also for the shapes that fall back to it.
+  for (int shape : {0, 3, 7, -1}) {
+    EXPECT_NEAR(elementGain(shape, 20.0, f0, q, g), g, tol) << shape;
+    EXPECT_NEAR(elementGain(shape, f0, f0, q, g), q * g, tol * q) << shape;
+  }
+  // High-pass: Q x gain at the cutoff, gain far above.
+  EXPECT_NEAR(elementGain(1, f0, f0, q, g), q * g, tol * q);
+  EXPECT_NEAR(elementGain(1, 20000.0, f0, q, g), g, tol);
+  // Band-passes: 0 dB peak, and peak Q with constant skirt.
+  EXPECT_NEAR(elementGain(2, f0, f0, q, g), g, tol);
+  EXPECT_NEAR(elementGain(4, f0, f0, q, g), q * g, tol * q);
+  // Shelves: A^2 at the shelved end, 1 at the other, A at the corner (all times the gain).
+  EXPECT_NEAR(elementGain(5, 10.0, f0, 0.707f, g, a), a * a * g, tol);
+  EXPECT_NEAR(elementGain(5, 20000.0, f0, 0.707f, g, a), g, tol);
+  EXPECT_NEAR(elementGain(5, f0, f0, 0.707f, g, a), a * g, tol);
+  EXPECT_NEAR(elementGain(6, 20000.0, f0, 0.707f, g, a), a * a * g, tol);
+  EXPECT_NEAR(elementGain(6, 10.0, f0, 0.707f, g, a), g, tol);
+  EXPECT_NEAR(elementGain(6, f0, f0, 0.707f, g, a), a * g, tol);
+}
+
+// Away from the characteristic points: the magnitude of the cookbook transfer function.
+TEST(FilterElement, MatchesCookbookMagnitudeAcrossTheBand) {
+  const double f0 = 2000.0, q = 1.5;
+  const double w0 = 2.0 * kPiD * f0 / kRate, alpha = std::sin(w0) / (2.0 * q), cw = std::cos(w0);
+  const double a[3] = {1.0 + alpha, -2.0 * cw, 1.0 - alpha};
+  const double lp[3] = {(1.0 - cw) / 2.0, 1.0 - cw, (1.0 - cw) / 2.0};
+  const double hp[3] = {(1.0 + cw) / 2.0, -(1.0 + cw), (1.0 + cw) / 2.0};
+  const double bp[3] = {alpha, 0.0, -alpha};
+  auto magnitude = [&](const double* b, double f) {
+    const double w = 2.0 * kPiD * f / kRate;
+    auto eval = [w](const double* c, double& re, double& im) {
+      re = c[0] + c[1] * std::cos(w) + c[2] * std::cos(2.0 * w);
+      im = -c[1] * std::sin(w) - c[2] * std::sin(2.0 * w);
+    };
+    double nr, ni, dr, di;
+    eval(b, nr, ni);
+    eval(a, dr, di);
+    return std::hypot(nr, ni) / std::hypot(dr, di);
+  };
+  for (double f : {150.0, 900.0, 3100.0, 7000.0, 15000.0}) {
+    EXPECT_NEAR(elementGain(0, f, f0, q, 1.0f), magnitude(lp, f), 2e-3) << f;
+    EXPECT_NEAR(elementGain(1, f, f0, q, 1.0f), magnitude(hp, f), 2e-3) << f;
+    EXPECT_NEAR(elementGain(2, f, f0, q, 1.0f), magnitude(bp, f), 2e-3) << f;
+  }
+}
+
+// Frequencies outside [8 Hz, 0.499 rate] behave exactly as the nearest limit.
+TEST(FilterElement, ClampsCutoff) {
+  auto run = [](float freq) {
+    FilterElement e;
+    e.setSampleRate(kRate);
+    std::vector<float> buf(512);
+    for (size_t i = 0; i < buf.size(); ++i) buf[i] = (i % 37 < 18) ? 1.0f : -1.0f;
+    for (int i = 0; i < 512; i += kMaxBlock) e.render(buf.data() + i, kMaxBlock, 0, freq, 2.0f, 1.0f);
+    return buf;
+  };
+  auto maxDifference = [](const std::vector<float>& a, const std::vector<float>& b) {
+    float d = 0.0f;
+    for (size_t i = 0; i < a.size(); ++i) d = std::max(d, std::fabs(a[i] - b[i]));
+    return d;
+  };
+  EXPECT_EQ(run(0.5f), run(8.0f));
+  EXPECT_EQ(run(-100.0f), run(8.0f));
+  EXPECT_LT(maxDifference(run(40000.0f), run(0.499f * kRate)), 1e-5f);
+  EXPECT_GT(maxDifference(run(40000.0f), run(0.49f * kRate)), 1e-3f);
+  EXPECT_GT(maxDifference(run(9.0f), run(8.0f)), 1e-4f);
+}
+
+// After a reset the output starts as the dry input and becomes, from sample 20 on, exactly the
+// filter's output from cleared history; the blend itself has no jumps.
+TEST(FilterElement, ResetCrossfadesFromDryWithoutClick) {
+  std::vector<float> input(256);
+  for (size_t i = 0; i < input.size(); ++i) input[i] = static_cast<float>(0.8 * std::sin(0.05 * i + 1.0));
+  FilterElement restarted, fresh;
+  restarted.setSampleRate(kRate);
+  fresh.setSampleRate(kRate);
+  // Give the restarted element some loud history to forget.
+  std::vector<float> noise(kMaxBlock, 5.0f);
+  restarted.render(noise.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  restarted.reset();
+
+  std::vector<float> a = input, b = input;
+  restarted.render(a.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  fresh.render(b.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  EXPECT_FLOAT_EQ(a[0], input[0]);
+  for (int i = FilterElement::kCrossfadeSamples; i < kMaxBlock; ++i) EXPECT_FLOAT_EQ(a[i], b[i]) << i;
+  float maxStep = 0.0f, inputStep = 0.0f;
+  for (int i = 1; i < 40; ++i) {
+    maxStep = std::max(maxStep, std::fabs(a[i] - a[i - 1]));
+    inputStep = std::max(inputStep, std::fabs(input[i] - input[i - 1]));
+  }
+  EXPECT_LT(maxStep, 2.0f * inputStep);
+}
+
+TEST(FilterElement, SilenceFollowsTheLastTwoOutputs) {
+  FilterElement e;
+  e.setSampleRate(kRate);
+  EXPECT_TRUE(e.isSilent());
+  std::vector<float> buf(kMaxBlock, 0.5f);
+  e.render(buf.data(), kMaxBlock, 0, 1000.0f, 10.0f, 1.0f);
+  EXPECT_FALSE(e.isSilent());
+  // A resonant tail decays below the threshold within a second and stays there.
+  int blocks = 0;
+  do {
+    std::fill(buf.begin(), buf.end(), 0.0f);
+    e.render(buf.data(), kMaxBlock, 0, 1000.0f, 10.0f, 1.0f);
+  } while (!e.isSilent() && ++blocks < 400);
+  EXPECT_LT(blocks, 400);
+  EXPECT_LE(std::fabs(buf[kMaxBlock - 1]), kSilence);
+  // A single loud sample at the end of a block is not silence.
+  buf.assign(kMaxBlock, 0.0f);
+  buf[kMaxBlock - 1] = 1.0f;
+  e.render(buf.data(), kMaxBlock, 0, 1000.0f, 10.0f, 1.0f);
+  EXPECT_FALSE(e.isSilent());
+  e.reset();
+  EXPECT_TRUE(e.isSilent());
+}
+
+// Jumping settings every block (shape, frequency across the whole range, full resonance) stays
+// finite and bounded: the slew and the coefficient ramps keep the recursion stable.
+TEST(FilterElement, StaysStableUnderRandomJumps) {
+  FilterElement e;
+  e.setSampleRate(kRate);
+  unsigned seed = 12345;
+  auto next = [&seed]() {
+    seed = seed * 1664525u + 1013904223u;
+    return (seed >> 8) / 16777216.0f;
+  };
+  std::vector<float> buf(kMaxBlock);
+  float peak = 0.0f;
+  for (int block = 0; block < 2000; ++block) {
+    for (float& x : buf) x = 2.0f * next() - 1.0f;
+    const int shape = static_cast<int>(next() * 7.0f);
+    e.render(buf.data(), 1 + static_cast<int>(next() * (kMaxBlock - 1)), shape, 20000.0f * next() * next(),
+             0.5f + 30.0f * next(), 1.0f, 0.1f + 2.0f * next());
+    for (float y : buf) {
+      ASSERT_TRUE(std::isfinite(y));
+      peak = std::max(peak, std::fabs(y));
+    }
+  }
+  EXPECT_LT(peak, 200.0f);
+}
+
+// The frequency moves by at most 10 pi rad/s of w0 (a jump from 100 Hz to 10 kHz takes about
+// 45 ms).
+TEST(FilterElement, SlewsLargeFrequencyJumps) {
+  FilterElement e;
+  e.setSampleRate(kRate);
+  std::vector<float> buf(kMaxBlock, 0.0f);
+  e.render(buf.data(), kMaxBlock, 2, 100.0f, 5.0f, 1.0f);
+  FilterElement oneBlock = e;
+  oneBlock.render(buf.data(), kMaxBlock, 2, 10000.0f, 5.0f, 1.0f);
+  // One block after the jump the element sits at 100 Hz plus one block's slew (740 Hz), far from
+  // its target: it filters exactly like an element started there.
+  const double w = 2.0 * kPiD * 100.0 / kRate + 10.0 * kPiD * kMaxBlock / kRate;
+  const double reachedHz = w * kRate / (2.0 * kPiD);
+  EXPECT_LT(reachedHz, 1000.0);
+  std::vector<float> probe(kMaxBlock);
+  for (int i = 0; i < kMaxBlock; ++i) probe[i] = (i == 0) ? 1.0f : 0.0f;
+  FilterElement a = oneBlock, b;
+  b.setSampleRate(kRate);
+  b.render(buf.data(), kMaxBlock, 2, static_cast<float>(reachedHz), 5.0f, 1.0f);
+  // Both now filter the same impulse with the same coefficients once their targets hold still.
+  std::vector<float> pa = probe, pb = probe;
+  a.render(pa.data(), kMaxBlock, 2, static_cast<float>(reachedHz), 5.0f, 1.0f);
+  b.render(pb.data(), kMaxBlock, 2, static_cast<float>(reachedHz), 5.0f, 1.0f);
+  for (int i = 0; i < kMaxBlock; ++i) EXPECT_NEAR(pa[i], pb[i], 1e-5) << i;
+}
+
+// ---- Voice filter ----
+
+TEST(VoiceFilter, MapsControlsToFrequencyAndResonance) {
+  VoiceFilterInput in;
+  in.cutoff = 0.5f;
+  in.pitch = 60.0f;
+  EXPECT_NEAR(VoiceFilter::cutoffHz(in), 640.0f, 0.01f);
+  in.cutoff = 0.0f;
+  EXPECT_NEAR(VoiceFilter::cutoffHz(in), 20.0f, 1e-3f);
+  in.cutoff = 0.6f;  // one octave per 0.1
+  EXPECT_NEAR(VoiceFilter::cutoffHz(in), 1280.0f, 0.02f);
+  in.keyTracking = 1.0f;
+  in.pitch = 72.0f;  // an octave above the reference follows one to one
+  EXPECT_NEAR(VoiceFilter::cutoffHz(in), 2560.0f, 0.05f);
+  in.keyTracking = -1.0f;
+  EXPECT_NEAR(VoiceFilter::cutoffHz(in), 640.0f, 0.01f);
+  in.keyTracking = 0.0f;
+  in.envAmount = 1.0f;
+  in.envLevel = 0.5f;  // half of 8 octaves
+  EXPECT_NEAR(VoiceFilter::cutoffHz(in), 1280.0f * 16.0f, 0.5f);
+  in.envAmount = -0.25f;
+  in.envLevel = 1.0f;
+  EXPECT_NEAR(VoiceFilter::cutoffHz(in), 320.0f, 0.01f);
+
+  EXPECT_NEAR(VoiceFilter::resonance(0.0f), 0.70710678f, 1e-6f);
+  EXPECT_NEAR(VoiceFilter::resonance(1.0f), 25.0f, 1e-4f);
+  EXPECT_LT(VoiceFilter::resonance(0.3f), VoiceFilter::resonance(0.6f));
+}
+
+double voiceGain(const VoiceFilterInput& in, double f) {
+  VoiceFilter v;
+  v.setSampleRate(kRate);
+  v.reset();
+  return sineGain(f, [&](float* b, int n) { v.render(b, n, in); });
+}
+
+TEST(VoiceFilter, LowPassIsButterworthAtZeroQAndRingsAtFullQ) {
+  VoiceFilterInput in;
+  in.mode = kFilterLowPass;
+  in.cutoff = 0.5f;  // 640 Hz
+  EXPECT_NEAR(voiceGain(in, 640.0), std::sqrt(0.5), 0.01);
+  EXPECT_NEAR(voiceGain(in, 50.0), 1.0, 0.01);
+  in.q = 1.0f;
+  const double passBand = voiceGain(in, 50.0);
+  const double peak = voiceGain(in, 640.0);
+  EXPECT_GT(peak / passBand, 20.0);  // a clear resonant peak (+26 dB over the pass band)
+  EXPECT_LT(peak, 6.0);              // but the level does not explode
+
+  // High-pass and band-pass put their emphasis where they should.
+  in.q = 0.0f;
+  in.mode = kFilterHighPass;
+  EXPECT_LT(voiceGain(in, 80.0), 0.05);
+  EXPECT_NEAR(voiceGain(in, 8000.0), 1.0, 0.01);
+  in.mode = kFilterBandPass;
+  EXPECT_NEAR(voiceGain(in, 640.0), 1.0, 0.01);
+  EXPECT_LT(voiceGain(in, 80.0), 0.2);
+}
+
+// A saw through full resonance with the cutoff on a harmonic stays finite and bounded.
+TEST(VoiceFilter, FullResonanceOnASawStaysBounded) {
+  for (int mode = 0; mode < 4; ++mode) {
+    VoiceFilter v;
+    v.setSampleRate(kRate);
+    v.reset();
+    VoiceFilterInput in;
+    in.mode = mode;
+    in.q = 1.0f;
+    float peak = 0.0f;
+    std::vector<float> buf(kMaxBlock);
+    double phase = 0.0;
+    for (int block = 0; block < 700; ++block) {
+      in.cutoff = 0.3f + 0.4f * static_cast<float>(block % 100) / 100.0f;
+      for (float& x : buf) {
+        x = static_cast<float>(2.0 * phase - 1.0);
+        phase = std::fmod(phase + 110.0 / kRate, 1.0);
+      }
+      v.render(buf.data(), kMaxBlock, in);
+      for (float y : buf) {
+        ASSERT_TRUE(std::isfinite(y));
+        peak = std::max(peak, std::fabs(y));
+      }
+    }
+    EXPECT_LT(peak, 20.0f) << mode;
+    EXPECT_GT(peak, 0.05f) << mode;
+  }
+}
+
+// With the cutoff on a vowel of the table, the response has local peaks at its formants.
+TEST(VoiceFilter, VoxPeaksAtTheVowelFormants) {
+  for (int vowel : {0, 3, 5, 9}) {
+    const VoiceFilter::Vowel& v = VoiceFilter::kVowelTable[vowel];
+    VoiceFilterInput in;
+    in.mode = kFilterVox;
+    in.cutoff = vowel / 9.0f;
+    in.q = 1.0f / 3.0f;  // the table's own bandwidths
+    EXPECT_NEAR(VoiceFilter::voxPosition(in), vowel / 9.0f, 1e-6f);
+    for (int k = 0; k < 2; ++k) {
+      const double f = v.frequency[k];
+      const double atPeak = voiceGain(in, f);
+      EXPECT_GT(atPeak, voiceGain(in, f * 1.12)) << v.name << " F" << k + 1;
+      EXPECT_GT(atPeak, voiceGain(in, f / 1.12)) << v.name << " F" << k + 1;
+    }
+  }
+}
+
+// Moving between two vowels interpolates the formants geometrically, and Q narrows them.
+TEST(VoiceFilter, VoxInterpolatesAndSharpens) {
+  float f[3], q[3], g[3];
+  const VoiceFilter::Vowel& a = VoiceFilter::kVowelTable[4];
+  const VoiceFilter::Vowel& b = VoiceFilter::kVowelTable[5];
+  VoiceFilter::voxFormants(4.5f / 9.0f, 1.0f / 3.0f, f, q, g);
+  for (int k = 0; k < 3; ++k) EXPECT_NEAR(f[k], std::sqrt(a.frequency[k] * b.frequency[k]), 0.01f);
+  float qSharp[3];
+  VoiceFilter::voxFormants(4.5f / 9.0f, 1.0f, f, qSharp, g);
+  for (int k = 0; k < 3; ++k) EXPECT_NEAR(qSharp[k], 4.0f * q[k], 1e-3f * q[k]);
+  EXPECT_GT(g[0], 0.0f);
+  EXPECT_LT(g[1], 0.0f);  // alternating signs
+}
+
+}  // namespace
+}  // namespace ziv
