@@ -1,0 +1,135 @@
+// vrnhost: the command-line host. Turns the options into a render job (events from the demo phrase
+// or a MIDI file), runs it in this process for a .so or through vrnhost.exe under wine for a .dll,
+// and writes the WAV file or the parameter list. Every failure is one line on stderr and exit 1.
+#include <limits.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+
+#include <cmath>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "tools/host/demo_phrase.h"
+#include "tools/host/host_options.h"
+#include "tools/host/midi_file.h"
+#include "tools/host/progress_display.h"
+#include "tools/host/render_session.h"
+#include "tools/host/wav_file.h"
+#include "tools/host/wine_bridge.h"
+
+namespace {
+
+using namespace vrnhost;
+
+int fail(const std::string& message) {
+  std::fprintf(stderr, "vrnhost: %s\n", message.c_str());
+  return 1;
+}
+
+// dlopen searches library paths for bare names, so the plug-in is always given by absolute path.
+bool resolvePlugin(const std::string& path, std::string& absolute, std::string& error) {
+  struct stat info {};
+  if (stat(path.c_str(), &info) != 0) {
+    error = "plug-in file '" + path + "' not found";
+    return false;
+  }
+  if (!S_ISREG(info.st_mode)) {
+    error = "'" + path + "' is not a file";
+    return false;
+  }
+  char buffer[PATH_MAX];
+  if (!realpath(path.c_str(), buffer)) {
+    error = "cannot resolve '" + path + "'";
+    return false;
+  }
+  absolute = buffer;
+  return true;
+}
+
+bool buildJob(const HostOptions& options, RenderJob& job, std::string& error) {
+  MidiSequence sequence;
+  if (options.midiPath.empty()) {
+    sequence = demoPhrase(options.tempo > 0.0 ? options.tempo : 120.0);
+  } else if (!readMidiFile(options.midiPath, sequence, error)) {
+    return false;
+  }
+  job.sampleRate = options.sampleRate;
+  job.blockSize = options.blockSize;
+  job.tempo = options.tempo > 0.0 ? options.tempo : sequence.tempo > 0.0 ? sequence.tempo : 120.0;
+  job.transportPlaying = !options.transportStopped;
+  job.zeroFrameCalls = options.zeroFrameCalls;
+  job.program = options.program;
+  job.settings = options.settings;
+  job.listParameters = options.listParameters;
+  job.events = toFrames(sequence.messages, options.sampleRate);
+  if (options.listParameters) {
+    job.frames = 0;
+  } else if (options.lengthSeconds > 0.0) {
+    job.frames = std::llround(options.lengthSeconds * options.sampleRate);
+  } else {
+    job.frames = renderLength(job.events, std::llround(options.tailSeconds * options.sampleRate));
+  }
+  return true;
+}
+
+void printParameters(const std::vector<ParameterInfo>& parameters) {
+  for (const ParameterInfo& info : parameters) {
+    std::printf("%3d  %-28s  %s\n", info.index, info.name.c_str(), info.display.c_str());
+  }
+}
+
+void printSummary(const HostOptions& options, const RenderResult& result) {
+  double seconds = static_cast<double>(result.frames) / options.sampleRate;
+  std::printf("%s: %.3f s, %d Hz, stereo, %s\n", options.outputPath.c_str(), seconds, options.sampleRate,
+              options.format == SampleFormat::kFloat32 ? "32-bit float" : "24-bit");
+  if (result.pluginCpuSeconds > 0.0) {
+    std::printf("plug-in CPU time %.3f s, real-time factor %.1f\n", result.pluginCpuSeconds,
+                seconds / result.pluginCpuSeconds);
+  } else {
+    std::printf("plug-in CPU time below the clock's resolution\n");
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  HostOptions options;
+  std::string error;
+  if (!parseHostOptions(std::vector<std::string>(argv + 1, argv + argc), options, error)) {
+    return fail(error + " (see --help)");
+  }
+  if (options.help) {
+    std::fputs(usageText().c_str(), stdout);
+    return 0;
+  }
+  RenderJob job;
+  if (!resolvePlugin(options.pluginPath, job.pluginPath, error) || !buildJob(options, job, error)) {
+    return fail(error);
+  }
+
+  ProgressDisplay display(!options.quiet && !options.listParameters, options.sampleRate);
+  ProgressFn progress = [&display](std::int64_t done, std::int64_t total) { display.update(done, total); };
+  RenderResult result;
+  bool ok = false;
+  if (isWindowsPlugin(job.pluginPath)) {
+    WineSettings wine;
+    wine.wine = options.wine;
+    wine.windowsHost = locateWindowsHost(options.windowsHost, job.pluginPath, error);
+    ok = !wine.windowsHost.empty() && runJobUnderWine(job, wine, result, error, progress);
+  } else {
+    ok = runRenderJob(job, result, error, progress);
+  }
+  display.finish();
+  if (!ok) return fail(error);
+
+  if (options.listParameters) {
+    printParameters(result.parameters);
+    return 0;
+  }
+  if (!writeWav(options.outputPath, result.samples, 2, options.sampleRate, options.format, error)) {
+    return fail(error);
+  }
+  if (!options.quiet) printSummary(options, result);
+  return 0;
+}

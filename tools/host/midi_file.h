@@ -1,0 +1,15 @@
+// Reads a Standard MIDI File (format 0 or 1) into the host's message list, using libsmf. Timing
+// follows the file's own tempo map; meta events and system exclusive messages are skipped.
+#pragma once
+
+#include <string>
+
+#include "tools/host/midi_events.h"
+
+namespace vrnhost {
+
+// On failure returns false with a one-line reason in error. sequence.tempo is the file's initial
+// tempo (120 when the file sets none, as the format defines).
+bool readMidiFile(const std::string& path, MidiSequence& sequence, std::string& error);
+
+}  // namespace vrnhost

@@ -1,0 +1,94 @@
+// Drives one VST 2.4 plug-in instance the way a DAW does: creates it through the entry point with
+// a host callback, opens it, configures rate and block size, switches it on, feeds it MIDI events
+// and asks for audio, and takes it down again in the reverse order. The driver answers the
+// plug-in's callbacks (version, time info, automation notices) and owns the audio buffers.
+// Apart from the module loader it is platform-neutral.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "sdk/vst2/aeffect.h"
+#include "tools/host/plugin_module.h"
+
+namespace vrnhost {
+
+// What the plug-in asked of the host, for diagnostics and tests.
+struct HostCallbackCounts {
+  int getTime = 0;
+  int automate = 0;
+  int beginEdit = 0;
+  int endEdit = 0;
+  int updateDisplay = 0;
+  int ioChanged = 0;
+};
+
+class PluginDriver {
+ public:
+  static constexpr vst2::VstInt32 kHostVstVersion = 2400;
+
+  PluginDriver() = default;
+  ~PluginDriver();
+  PluginDriver(const PluginDriver&) = delete;
+  PluginDriver& operator=(const PluginDriver&) = delete;
+
+  // Loads the module and creates the instance; checks the AEffect is a usable instrument.
+  bool load(const std::string& path, std::string& error);
+
+  // effOpen, effSetSampleRate, effSetBlockSize; allocates buffers for maxBlockSize frames.
+  void open(int sampleRate, int maxBlockSize);
+  // effMainsChanged(1) then effStartProcess, as hosts do before the first block.
+  void start();
+  // effStopProcess then effMainsChanged(0).
+  void stop();
+  // effClose; the AEffect must not be used afterwards. Also done by the destructor.
+  void close();
+
+  int parameterCount() const { return effect_ ? effect_->numParams : 0; }
+  int programCount() const { return effect_ ? effect_->numPrograms : 0; }
+  int outputCount() const { return effect_ ? effect_->numOutputs : 0; }
+  std::string parameterName(int index);
+  std::string parameterDisplay(int index);
+  void setParameter(int index, float value);
+  // Selects a program inside effBeginSetProgram / effEndSetProgram, as hosts do.
+  void setProgram(int index);
+  std::string effectName();
+
+  // The time info handed to the plug-in when it calls audioMasterGetTime during the next calls.
+  void setTimeInfo(const vst2::VstTimeInfo& info) { timeInfo_ = info; }
+
+  // effProcessEvents with these events; skipped when there are none, as most hosts do.
+  void sendEvents(const std::vector<vst2::VstMidiEvent>& events);
+  // processReplacing into the driver's buffers; frames may be 0.
+  void processReplacing(int frames);
+  const float* output(int channel) const { return outputs_[channel].data(); }
+
+  const HostCallbackCounts& callbackCounts() const { return counts_; }
+
+ private:
+  static vst2::VstIntPtr VST_CALLBACK hostCallback(vst2::AEffect* effect, vst2::VstInt32 opcode,
+                                                   vst2::VstInt32 index, vst2::VstIntPtr value, void* ptr,
+                                                   float opt);
+  vst2::VstIntPtr answer(vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr value, void* ptr);
+  vst2::VstIntPtr dispatch(vst2::VstInt32 opcode, vst2::VstInt32 index = 0, vst2::VstIntPtr value = 0,
+                           void* ptr = nullptr, float opt = 0.0f);
+
+  PluginModule module_;
+  vst2::AEffect* effect_ = nullptr;
+  bool opened_ = false;
+  bool running_ = false;
+  int sampleRate_ = 44100;
+  int maxBlockSize_ = 0;
+  vst2::VstTimeInfo timeInfo_{};
+  HostCallbackCounts counts_;
+  std::vector<std::vector<float>> inputs_;
+  std::vector<std::vector<float>> outputs_;
+  std::vector<float*> inputPointers_;
+  std::vector<float*> outputPointers_;
+  // VstEvents declares room for two pointers; larger lists need a bigger, pointer-aligned block.
+  std::vector<vst2::VstIntPtr> eventsStorage_;
+  std::vector<vst2::VstMidiEvent> pendingEvents_;
+};
+
+}  // namespace vrnhost
