@@ -1,5 +1,6 @@
 #include "engine/envelope.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace ziv {
@@ -8,7 +9,9 @@ namespace {
 // The exponential curves run to exp(-10) of their span and then jump to the end value.
 constexpr float kCurveSpan = 10.0f;
 
-float curve(float progress, bool linear) { return linear ? 1.0f - progress : std::exp(-kCurveSpan * progress); }
+float curve(float progress, bool linear) {
+  return linear ? 1.0f - progress : std::exp(-kCurveSpan * progress);
+}
 
 void enter(EnvelopeState& state, std::uint32_t stage) {
   state.stage = stage;
@@ -59,6 +62,29 @@ float advanceEnvelope(EnvelopeState& state, float dt, const EnvelopeTimes& times
   }
   state.level = 0.0f;
   return state.level;
+}
+
+void applyEnvelopeGain(EnvelopeState& state, const EnvelopeTimes& times, float* buf, int frames,
+                       float sampleRate) {
+  double gain = state.level;
+  int done = 0;
+  while (done < frames) {
+    int length = frames - done;
+    if (state.stage == kStageAttack || state.stage == kStageDecay) {
+      const float stageTime = state.stage == kStageAttack ? times.attack : times.decay;
+      const double untilStageEnd = std::floor((1.0 - state.progress) * stageTime * sampleRate + 1.0);
+      length = static_cast<int>(std::min(std::max(untilStageEnd, 1.0), static_cast<double>(length)));
+    }
+    const double target = advanceEnvelope(state, static_cast<float>(length) / sampleRate, times);
+    const double step = (target - gain) / length;
+    float* out = buf + done;
+    for (int i = 0; i < length; ++i) {
+      gain += step;
+      out[i] = static_cast<float>(out[i] * gain);
+    }
+    gain = target;
+    done += length;
+  }
 }
 
 void releaseEnvelope(EnvelopeState& state) {

@@ -45,6 +45,13 @@ struct EnvelopeTimes {
 // Advances by dt seconds and returns the new level.
 float advanceEnvelope(EnvelopeState& state, float dt, const EnvelopeTimes& times);
 
+// Multiplies buf[0..frames) by the envelope, advancing it across the block. The block is cut
+// where the attack or the decay ends, so a stage change lands on its own sample, and within each
+// piece the gain moves linearly (in double precision) from the level at its start to the level
+// at its end: the gain never steps.
+void applyEnvelopeGain(EnvelopeState& state, const EnvelopeTimes& times, float* buf, int frames,
+                       float sampleRate);
+
 // Enters the release from the current level, unless already releasing.
 void releaseEnvelope(EnvelopeState& state);
 

@@ -27,6 +27,18 @@ struct Parameter {
   float globalValue = 0.0f;  // smoothed plus global modulation
   float voiceValue = 0.0f;   // globalValue plus the rendering voice's own modulation
 
+  // Takes a table row's bounds, display rule and constant, and its default as every value.
+  void describe(const ParamInfo& row) {
+    info = &row;
+    lo.store(row.lo, std::memory_order_relaxed);
+    hi.store(row.hi, std::memory_order_relaxed);
+    display.store(row.display, std::memory_order_relaxed);
+    constant = row.constant;
+    const float value = normalisedDefault(row);
+    base.store(value, std::memory_order_relaxed);
+    previous = smoothed = globalValue = voiceValue = value;
+  }
+
   float baseValue() const { return base.load(std::memory_order_relaxed); }
 
   float physical(float normalised) const {
