@@ -7,9 +7,11 @@
 #include <vector>
 
 #include "engine/envelope.h"
+#include "engine/modulation/global_lfo.h"
 #include "engine/modulation/lfo.h"
 #include "engine/modulation/mod_routing.h"
 #include "engine/parameter.h"
+#include "plugin/parameter_display.h"
 
 namespace ziv {
 namespace {
@@ -162,9 +164,9 @@ TEST(Lfo, PhaseLawsAndSongPositionLock) {
   EXPECT_EQ(lfo.cycle, 300u & 0xffu);
 }
 
-class Routing : public ::testing::Test {
+class Modulation : public ::testing::Test {
  protected:
-  Routing() {
+  Modulation() {
     for (const ParamInfo& row : paramTable()) params[row.index].describe(row);
   }
 
@@ -185,7 +187,7 @@ class Routing : public ::testing::Test {
   std::array<Parameter, kParamCount> params;
 };
 
-TEST_F(Routing, PitchTargetsTakeTheCubeOfTheAmount) {
+TEST_F(Modulation, PitchTargetsTakeTheCubeOfTheAmount) {
   route(kVelocityTarget1, ModSource::kVelocity, 0, kOsc1Pitch, 0.5f);
   resetValues();
   const float before = params[kOsc1Pitch].voiceValue;
@@ -198,7 +200,7 @@ TEST_F(Routing, PitchTargetsTakeTheCubeOfTheAmount) {
   EXPECT_NEAR(params[kOsc1Pitch].voiceValue - before, -1.0f, 1e-6f) << "not clamped";
 }
 
-TEST_F(Routing, GainLikeTargetsAreLeftAloneByAFullUnipolarSource) {
+TEST_F(Modulation, GainLikeTargetsAreLeftAloneByAFullUnipolarSource) {
   route(kVelocityTarget2, ModSource::kVelocity, 1, kVoiceGain, 1.0f);
   resetValues();
   const float gain = params[kVoiceGain].voiceValue;
@@ -210,7 +212,7 @@ TEST_F(Routing, GainLikeTargetsAreLeftAloneByAFullUnipolarSource) {
       << "velocity 0 lowers it by the amount, unclamped";
 }
 
-TEST_F(Routing, OrdinaryTargetsClampAfterEachAdditionAndStagesStayApart) {
+TEST_F(Modulation, OrdinaryTargetsClampAfterEachAdditionAndStagesStayApart) {
   route(kModWheelTarget1, ModSource::kModWheel, 0, kFilter1Cutoff, 1.0f);
   route(kModWheelTarget1, ModSource::kModWheel, 1, kFilter1Cutoff, -1.0f);
   resetValues();
@@ -222,7 +224,7 @@ TEST_F(Routing, OrdinaryTargetsClampAfterEachAdditionAndStagesStayApart) {
       << "voice stage untouched";
 }
 
-TEST_F(Routing, NoTargetAndSelectorsBeyondTheListDoNothing) {
+TEST_F(Modulation, NoTargetAndSelectorsBeyondTheListDoNothing) {
   resetValues();
   std::vector<float> values;
   for (const Parameter& p : params) values.push_back(p.voiceValue);
@@ -234,6 +236,34 @@ TEST_F(Routing, NoTargetAndSelectorsBeyondTheListDoNothing) {
   EXPECT_EQ(modTargets(ModSource::kVoiceLfo).count, 23);
   EXPECT_EQ(modTargets(ModSource::kModWheel).count, 48);
   EXPECT_EQ(modTargets(ModSource::kModWheel).targets[0], kNoModTarget);
+}
+
+TEST_F(Modulation, GlobalLfoFollowsTheSongPositionWhenSynced) {
+  // Synced to one bar (division 8: four quarter notes), square wave: the first half bar is +1.
+  params[kGlobalLfoSync].base.store(1.0f);
+  params[kGlobalLfoRate].hi.store(kTempoDivisionCount - 1);
+  params[kGlobalLfoRate].base.store(8.0f / 23.0f);
+  params[kGlobalLfoWaveform].base.store(kLfoSquare / 5.0f);
+  params[kGlobalLfoDepth].base.store(1.0f);
+  resetValues();
+  GlobalLfo lfo;
+  lfo.advance(params.data(), 0.01f, 16.5);
+  EXPECT_FLOAT_EQ(lfo.state().phase, 0.125f);
+  EXPECT_EQ(lfo.source(params.data()), 1.0f);
+  lfo.advance(params.data(), 0.01f, 16.5);
+  EXPECT_FLOAT_EQ(lfo.state().phase, 0.125f) << "a standing transport holds the phase";
+  lfo.advance(params.data(), 0.01f, 19.0);
+  EXPECT_FLOAT_EQ(lfo.state().phase, 0.75f);
+  EXPECT_EQ(lfo.source(params.data()), -1.0f);
+
+  // Free running at rate 0 (0.301 Hz): a second moves it by 0.301 of a cycle.
+  params[kGlobalLfoSync].base.store(0.0f);
+  params[kGlobalLfoRate].hi.store(1);
+  params[kGlobalLfoRate].base.store(0.0f);
+  resetValues();
+  GlobalLfo free;
+  free.advance(params.data(), 1.0f, 0.0);
+  EXPECT_NEAR(free.state().phase, 0.3012f, 1e-4f);
 }
 
 }  // namespace
