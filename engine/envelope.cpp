@@ -9,6 +9,12 @@ namespace {
 // The exponential curves run to exp(-10) of their span and then jump to the end value.
 constexpr float kCurveSpan = 10.0f;
 
+// Longest stage times in seconds (knob at 1): attack, amplitude/filter decay and release, and
+// modulation decay and release.
+constexpr float kAttackScale = 4.0f;
+constexpr float kLongScale = 10.0f;
+constexpr float kModScale = 5.0f;
+
 float curve(float progress, bool linear) {
   return linear ? 1.0f - progress : std::exp(-kCurveSpan * progress);
 }
@@ -18,7 +24,34 @@ void enter(EnvelopeState& state, std::uint32_t stage) {
   state.progress = 0.0f;
 }
 
+EnvelopeTimes timesFrom(const Parameter* params, int attackIndex, float decayReleaseScale,
+                        bool squaredSustain, bool linear) {
+  const float a = params[attackIndex].voiceValue;
+  const float d = params[attackIndex + 1].voiceValue;
+  const float s = params[attackIndex + 2].voiceValue;
+  const float r = params[attackIndex + 3].voiceValue;
+  EnvelopeTimes times;
+  times.attack = kAttackScale * a * a * a;
+  times.decay = decayReleaseScale * d * d;
+  times.sustain = squaredSustain ? s * s : s;
+  times.release = decayReleaseScale * r * r;
+  times.linear = linear;
+  return times;
+}
+
 }  // namespace
+
+EnvelopeTimes ampEnvelopeTimes(const Parameter* params) {
+  return timesFrom(params, kAmpEnvAttack, kLongScale, true, false);
+}
+
+EnvelopeTimes filterEnvelopeTimes(const Parameter* params) {
+  return timesFrom(params, kFilterEnvAttack, kLongScale, true, false);
+}
+
+EnvelopeTimes modEnvelopeTimes(const Parameter* params) {
+  return timesFrom(params, kModEnvAttack, kModScale, false, true);
+}
 
 float advanceEnvelope(EnvelopeState& state, float dt, const EnvelopeTimes& times) {
   if (state.stage == kStageAttack) {

@@ -8,6 +8,8 @@
 
 #include <cstdint>
 
+#include "engine/parameter.h"
+
 namespace ziv {
 
 enum EnvelopeStage : std::uint32_t {
@@ -41,6 +43,13 @@ struct EnvelopeTimes {
   float release = 0.0f;  // seconds
   bool linear = false;   // curve of decay and release
 };
+
+// The time and level laws of the three envelopes, from their four knobs' voice values (0..1):
+// attack 4 a^3 s; amplitude and filter: decay 10 d^2 s, sustain s^2, release 10 r^2 s,
+// exponential; modulation: decay 5 d^2 s, sustain s, release 5 r^2 s, linear.
+EnvelopeTimes ampEnvelopeTimes(const Parameter* params);
+EnvelopeTimes filterEnvelopeTimes(const Parameter* params);
+EnvelopeTimes modEnvelopeTimes(const Parameter* params);
 
 // Advances by dt seconds and returns the new level.
 float advanceEnvelope(EnvelopeState& state, float dt, const EnvelopeTimes& times);

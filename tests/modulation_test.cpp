@@ -10,6 +10,7 @@
 #include "engine/modulation/global_lfo.h"
 #include "engine/modulation/lfo.h"
 #include "engine/modulation/mod_routing.h"
+#include "engine/modulation/voice_modulation.h"
 #include "engine/parameter.h"
 #include "plugin/parameter_display.h"
 
@@ -264,6 +265,28 @@ TEST_F(Modulation, GlobalLfoFollowsTheSongPositionWhenSynced) {
   GlobalLfo free;
   free.advance(params.data(), 1.0f, 0.0);
   EXPECT_NEAR(free.state().phase, 0.3012f, 1e-4f);
+}
+
+TEST_F(Modulation, VelocityActsBeforeTheModEnvelopeReadsItsDepth) {
+  // Velocity pulls "MOD ENV: Depth" down (amount -1, gain-like), the mod envelope opens the cutoff.
+  route(kVelocityTarget1, ModSource::kVelocity, 0, kModEnvDepth, -1.0f);
+  route(kModEnvTarget1, ModSource::kModEnvelope, 0, kFilter1Cutoff, 1.0f);
+  params[kModEnvAttack].base.store(0.0f);
+  params[kModEnvDecay].base.store(0.0f);
+  params[kModEnvSustain].base.store(1.0f);
+  params[kFilter1Cutoff].base.store(0.25f);
+  params[kModEnvDepth].base.store(0.5f);  // physical 1
+
+  for (float velocity : {0.0f, 0.25f, 1.0f}) {
+    resetValues();
+    VoiceModulation voice;
+    voice.modEnvelope.clear();
+    voice.apply(params.data(), velocity, 60.0f, 0.001f);
+    // Depth's normalised value falls by the velocity, so its physical value (0..2) by twice that.
+    const float depth = 2.0f * (0.5f - velocity);
+    EXPECT_NEAR(params[kFilter1Cutoff].voiceValue, std::clamp(0.25f + depth, 0.0f, 1.0f), 1e-6f)
+        << "velocity " << velocity;
+  }
 }
 
 }  // namespace
