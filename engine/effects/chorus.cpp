@@ -1,0 +1,150 @@
+// Stereo chorus with slew-limited delay times and Catmull-Rom reads; see chorus.h.
+#include "engine/effects/chorus.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/dsp.h"
+
+namespace ziv {
+namespace {
+
+constexpr double kPiD = 3.14159265358979323846;
+// Rate in Hz = exp(4 r - 1.2): 0.301 Hz to 16.44 Hz.
+constexpr double kRateScale = 4.0;
+constexpr double kRateOffset = -1.2;
+// Delay time in seconds per unit of (0.5 (sin + 1) depth^2 + delay^2).
+constexpr double kTimeScale = 0.05;
+// Samples beyond the delay: the interpolator reads up to three samples further back, plus one
+// for rounding of the length.
+constexpr double kRingMargin = 5.0;
+// The deepest read is floor(D) + 3 samples behind the newest.
+constexpr int kInterpolationReach = 4;
+
+double clampUnit(float value) {
+  return std::clamp(static_cast<double>(value), 0.0, 1.0);
+}
+
+// 4-point, third-order Hermite (Catmull-Rom) between p1 (f = 0) and p2 (f = 1).
+inline double catmullRom(double p0, double p1, double p2, double p3, double f) {
+  const double c1 = 0.5 * (p2 - p0);
+  const double c2 = p0 - 2.5 * p1 + 2.0 * p2 - 0.5 * p3;
+  const double c3 = 0.5 * (p3 - p0) + 1.5 * (p1 - p2);
+  return ((c3 * f + c2) * f + c1) * f + p1;
+}
+
+// Reads the ring `delay` samples (fractional) behind its newest sample at `newest`.
+inline double readDelayed(const float* ring, int length, int newest, double delay) {
+  const int whole = static_cast<int>(delay);
+  const double fraction = delay - whole;
+  int at = newest - whole;
+  if (at < 0) at += length;
+  const double p0 = ring[at];
+  at = at == 0 ? length - 1 : at - 1;
+  const double p1 = ring[at];
+  at = at == 0 ? length - 1 : at - 1;
+  const double p2 = ring[at];
+  at = at == 0 ? length - 1 : at - 1;
+  const double p3 = ring[at];
+  return catmullRom(p0, p1, p2, p3, fraction);
+}
+
+}  // namespace
+
+int Chorus::ringLength(double rate) {
+  return static_cast<int>(std::floor(rate * kMaxTime + kRingMargin));
+}
+
+Chorus::Chorus() : leftRing_(ringLength(kMaxRingSampleRate)), rightRing_(ringLength(kMaxRingSampleRate)) {
+  setSampleRate(44100.0f);
+}
+
+void Chorus::setSampleRate(float rate) {
+  if (!(rate > 0.0f)) return;
+  sampleRate_ = rate;
+  leftRing_.setLength(ringLength(rate));
+  rightRing_.setLength(ringLength(rate));
+  idleSamples_ = 0;
+}
+
+void Chorus::reset() {
+  leftRing_.clear();
+  rightRing_.clear();
+  leftTime_ = -1.0;
+  idleSamples_ = 0;
+  skipping_ = false;
+}
+
+void Chorus::render(float* left, float* right, int frames, const ChorusSettings& settings, bool synthIdle) {
+  if (frames <= 0) return;
+  const double delay = clampUnit(settings.delay);
+  const double depth = clampUnit(settings.depth);
+  const double mix = clampUnit(settings.mix);
+  const double targetDry = std::sqrt(1.0 - mix);
+  const double targetWet = std::sqrt(mix);
+
+  // Idle stop. The target wet gain counts too, so raising the mix wakes a skipping chorus.
+  if (synthIdle && std::max(wet_, targetWet) <= kSilence) {
+    idleSamples_ = std::min(idleSamples_ + frames, static_cast<int>(kIdleSeconds * sampleRate_));
+  } else {
+    idleSamples_ = 0;
+  }
+  skipping_ = idleSamples_ >= static_cast<int>(kIdleSeconds * sampleRate_);
+  if (skipping_) return;
+
+  const double rate = sampleRate_;
+  const double lfoHz = std::exp(kRateScale * clampUnit(settings.rate) + kRateOffset);
+  phase_ += frames * lfoHz / rate;
+  phase_ -= std::floor(phase_);
+  const double x = 2.0 * kPiD * phase_;
+  const double sweep = 0.5 * depth * depth;
+  const double floorTime = delay * delay;
+  const double targetLeft = ((std::sin(x) + 1.0) * sweep + floorTime) * kTimeScale;
+  const double targetRight =
+      ((std::sin(x + clampUnit(settings.width) * kPiD) + 1.0) * sweep + floorTime) * kTimeScale;
+
+  if (leftTime_ < 0.0) {
+    leftTime_ = targetLeft;
+    rightTime_ = targetRight;
+    dry_ = targetDry;
+    wet_ = targetWet;
+  }
+  const double inv = 1.0 / frames;
+  const double leftStep = std::clamp((targetLeft - leftTime_) * inv, -kMaxSlewPerSample, kMaxSlewPerSample);
+  const double rightStep =
+      std::clamp((targetRight - rightTime_) * inv, -kMaxSlewPerSample, kMaxSlewPerSample);
+  const double dryStep = (targetDry - dry_) * inv;
+  const double wetStep = (targetWet - wet_) * inv;
+
+  float* leftRing = leftRing_.samples();
+  float* rightRing = rightRing_.samples();
+  const int length = leftRing_.length();
+  const double maxDelay = length - kInterpolationReach;
+  int write = leftRing_.writePosition();
+  double leftTime = leftTime_, rightTime = rightTime_, dry = dry_, wet = wet_;
+  for (int i = 0; i < frames; ++i) {
+    leftTime += leftStep;
+    rightTime += rightStep;
+    dry += dryStep;
+    wet += wetStep;
+    const float inLeft = left[i];
+    const float inRight = right[i];
+    leftRing[write] = inLeft;
+    rightRing[write] = inRight;
+    const double leftDelay = std::clamp(leftTime * rate, 0.0, maxDelay);
+    const double rightDelay = std::clamp(rightTime * rate, 0.0, maxDelay);
+    const double wetLeft = readDelayed(leftRing, length, write, leftDelay);
+    const double wetRight = readDelayed(rightRing, length, write, rightDelay);
+    left[i] = static_cast<float>(wet * wetLeft + dry * inLeft);
+    right[i] = static_cast<float>(wet * wetRight + dry * inRight);
+    if (++write == length) write = 0;
+  }
+  leftRing_.setWritePosition(write);
+  rightRing_.setWritePosition(write);
+  leftTime_ = leftTime;
+  rightTime_ = rightTime;
+  dry_ = dry;
+  wet_ = wet;
+}
+
+}  // namespace ziv

@@ -1,0 +1,31 @@
+// The master DC blocker: a one-pole, one-zero high-pass at 15 Hz on one channel, at the head of
+// the global chain (before the chorus), so an offset in the voice sum never reaches the delay's
+// feedback loop or the limiter.
+//
+// y = x - x1 + r y1 with r = 1 - 2 pi 15 / rate. The corner is an approximation that holds for
+// 15 Hz << rate; at 8 kHz and up r stays well inside (0, 1). Its two state values also serve as
+// the chain's idle test: they are quiet once both are at most the silence threshold.
+#pragma once
+
+namespace ziv {
+
+class DcBlocker {
+ public:
+  static constexpr float kCutoffHz = 15.0f;
+
+  // Audio thread, or any thread while the engine does not render.
+  void setSampleRate(float rate);
+  // Clears the state. Audio thread, or any thread while the engine does not render.
+  void reset();
+  // Filters buf[0..frames) in place. Audio thread.
+  void render(float* buf, int frames);
+  // True when the previous input and output are at most kSilence. Audio thread.
+  bool isQuiet() const;
+
+ private:
+  float pole_ = 1.0f - 2.0f * 3.14159265f * kCutoffHz / 44100.0f;
+  float x1_ = 0.0f;
+  float y1_ = 0.0f;
+};
+
+}  // namespace ziv

@@ -1,0 +1,91 @@
+// Look-ahead peak limiter; see limiter.h.
+#include "engine/effects/limiter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace ziv {
+namespace {
+
+constexpr int kRingMask = Limiter::kRingSize - 1;
+// Release: hold halves every 10 ms.
+constexpr double kReleaseHalvingsPerSecond = 100.0;
+// A hold below 2^-23 is no gain change worth computing.
+constexpr float kHoldFloor = 1.1920929e-7f;
+
+}  // namespace
+
+int Limiter::lookAhead(float rate) {
+  if (!(rate > 0.0f)) return 0;
+  return std::clamp(static_cast<int>(std::floor(kLookAheadSeconds * rate + 0.5f)), 0, kMaxLookAhead);
+}
+
+void Limiter::setSampleRate(float rate) {
+  if (!(rate > 0.0f)) return;
+  sampleRate_ = rate;
+  lookAhead_ = lookAhead(rate);
+  // Smoothstep weights: w[0] = 1 for the sample leaving the delay, falling toward the newest.
+  for (int i = 0; i < lookAhead_; ++i) {
+    const float x = static_cast<float>(lookAhead_ - i) / static_cast<float>(lookAhead_);
+    weights_[i] = (3.0f - 2.0f * x) * x * x;
+  }
+  clearState();
+}
+
+void Limiter::reset() {
+  clearState();
+}
+
+void Limiter::clearState() {
+  delayedLeft_.fill(0.0f);
+  delayedRight_.fill(0.0f);
+  overshoot_.fill(0.0f);
+  hold_ = 0.0f;
+  idleSamples_ = 0;
+  dirty_ = false;
+}
+
+void Limiter::render(float* left, float* right, int frames, bool on, bool chainIdle) {
+  if (!on || lookAhead_ == 0) {
+    if (dirty_ || hold_ != 0.0f) clearState();
+    return;
+  }
+  if (!chainIdle) {
+    idleSamples_ = 0;
+  } else if (idleSamples_ >= kRingSize) {
+    return;  // flushed: skipped until sound returns
+  } else {
+    idleSamples_ += frames;
+  }
+  dirty_ = true;
+
+  release_ = static_cast<float>(std::pow(0.5, kReleaseHalvingsPerSecond / sampleRate_));
+  const float release = release_;
+  const int length = lookAhead_;
+  const float* weights = weights_.data();
+  float* delayedLeft = delayedLeft_.data();
+  float* delayedRight = delayedRight_.data();
+  float* overshoot = overshoot_.data();
+  float hold = hold_;
+  int position = position_;
+  for (int i = 0; i < frames; ++i) {
+    // The sample leaving the delay now was written `length` samples ago; its slot is the window's
+    // oldest entry (weight 1). The one written now enters the window with the next sample (its
+    // weight would be 0 now).
+    const int oldest = (position - length) & kRingMask;
+    delayedLeft[position] = left[i];
+    delayedRight[position] = right[i];
+    overshoot[position] = std::max(std::fabs(left[i]), std::fabs(right[i])) - kThreshold;
+    for (int k = 0; k < length; ++k) hold = std::max(hold, overshoot[(oldest + k) & kRingMask] * weights[k]);
+    const float gain = 1.0f / (1.0f + hold);
+    left[i] = gain * delayedLeft[oldest];
+    right[i] = gain * delayedRight[oldest];
+    hold *= release;
+    if (hold < kHoldFloor) hold = 0.0f;
+    position = (position + 1) & kRingMask;
+  }
+  hold_ = hold;
+  position_ = position;
+}
+
+}  // namespace ziv

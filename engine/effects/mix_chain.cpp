@@ -1,0 +1,98 @@
+// The global effect chain and its idle tests; see mix_chain.h.
+#include "engine/effects/mix_chain.h"
+
+#include <cmath>
+
+#include "engine/dsp.h"
+
+namespace ziv {
+namespace {
+
+bool blockIsQuiet(const float* left, const float* right, int frames) {
+  float peak = 0.0f;
+  for (int i = 0; i < frames; ++i) peak = std::fmax(peak, std::fmax(std::fabs(left[i]), std::fabs(right[i])));
+  return peak <= kSilence;
+}
+
+void replaceNonFinite(float* buf, int frames) {
+  for (int i = 0; i < frames; ++i) {
+    if (!std::isfinite(buf[i])) buf[i] = 0.0f;
+  }
+}
+
+}  // namespace
+
+MixChain::MixChain() {
+  setSampleRate(44100.0f);
+}
+
+int MixChain::latency(const Parameter& limiterSwitch, float limiterValue, float rate) {
+  return limiterSwitch.stepped(limiterValue) == 1 ? Limiter::lookAhead(rate) : 0;
+}
+
+void MixChain::setSampleRate(float rate) {
+  if (!(rate > 0.0f)) return;
+  dcLeft_.setSampleRate(rate);
+  dcRight_.setSampleRate(rate);
+  chorus_.setSampleRate(rate);
+  delay_.setSampleRate(rate);
+  eq_.setSampleRate(rate);
+  // The shelves' history and last frequencies belong to the old rate: start them afresh.
+  eq_.reset();
+  limiter_.setSampleRate(rate);
+}
+
+void MixChain::reset() {
+  dcLeft_.reset();
+  dcRight_.reset();
+  chorus_.reset();
+  delay_.reset();
+  eq_.reset();
+  limiter_.reset();
+  chainIdle_ = false;
+}
+
+void MixChain::render(const Parameter* params, float* left, float* right, int frames, double tempoBpm,
+                      bool voicesSounded) {
+  if (frames <= 0) return;
+  replaceNonFinite(left, frames);
+  replaceNonFinite(right, frames);
+
+  dcLeft_.render(left, frames);
+  dcRight_.render(right, frames);
+  const bool voicesIdle = !voicesSounded && dcLeft_.isQuiet() && dcRight_.isQuiet();
+
+  ChorusSettings chorus;
+  chorus.delay = params[kChorusDelay].globalValue;
+  chorus.rate = params[kChorusRate].globalValue;
+  chorus.depth = params[kChorusDepth].globalValue;
+  chorus.width = params[kChorusWidth].globalValue;
+  chorus.mix = params[kChorusMix].globalValue;
+  chorus_.render(left, right, frames, chorus, voicesIdle);
+  const bool synthIdle = voicesIdle && blockIsQuiet(left, right, frames);
+
+  const Parameter& sync = params[kDelaySync];
+  DelaySettings delay;
+  delay.steps = params[kDelayTime].globalStepped();
+  delay.synced = sync.stepped(sync.baseValue()) == 1;
+  delay.tempoBpm = tempoBpm;
+  delay.width = params[kDelayWidth].globalPhysical();
+  delay.feedback = params[kDelayFeedback].globalPhysical();
+  delay.send = params[kDelaySend].globalPhysical();
+  delay_.render(left, right, frames, delay, synthIdle);
+
+  chainIdle_ = synthIdle && delay_.isSilent() && eq_.isSilent();
+  if (!chainIdle_) {
+    MasterEqSettings eq;
+    eq.freqLow = params[kMasterEqFreqLow].globalValue;
+    eq.freqHigh = params[kMasterEqFreqHigh].globalValue;
+    eq.gainLow = params[kMasterEqGainLow].globalPhysical();
+    eq.gainHigh = params[kMasterEqGainHigh].globalPhysical();
+    eq.gain = params[kMasterGain].globalValue;
+    eq_.render(left, right, frames, eq);
+  }
+
+  limiter_.render(left, right, frames, params[kMasterLimiter].globalStepped() == 1, chainIdle_);
+}
+
+}  // namespace ziv
