@@ -36,6 +36,7 @@ SynthEngine::SynthEngine() {
     p.previous = p.smoothed = p.globalValue = p.voiceValue = value;
   }
   for (Voice& v : voices_) v.setSampleRate(sampleRate_);
+  mixChain_.setSampleRate(sampleRate_);
 }
 
 void SynthEngine::setParameter(int index, float value, bool fromEditor) {
@@ -72,6 +73,7 @@ void SynthEngine::setSampleRate(float hz) {
   if (!(hz > 0.0f) || std::fabs(hz - sampleRate_) < kSampleRateTolerance) return;
   sampleRate_ = hz;
   for (Voice& v : voices_) v.setSampleRate(hz);
+  mixChain_.setSampleRate(hz);
 }
 
 void SynthEngine::removeHeld(int note, bool* removed) {
@@ -248,6 +250,12 @@ void SynthEngine::endProcess() {
 void SynthEngine::reset() {
   heldCount_ = 0;
   for (Voice& v : voices_) v.kill();
+  mixChain_.reset();
+}
+
+int SynthEngine::latencySamples(float rate) const {
+  const Parameter& limiter = params_[kMasterLimiter];
+  return MixChain::latency(limiter, limiter.baseValue(), rate);
 }
 
 int SynthEngine::soundingVoiceCount() const {
@@ -283,7 +291,6 @@ void SynthEngine::renderVoice(Voice& voice, float* left, float* right, int frame
 
 void SynthEngine::renderBlock(float* left, float* right, int frames, double songPositionBeats, double tempoBpm) {
   (void)songPositionBeats;
-  (void)tempoBpm;
   if (frames <= 0) return;
   frames = std::min(frames, kMaxBlock);
   const float dt = static_cast<float>(frames) / sampleRate_;
@@ -292,11 +299,15 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
 
   std::fill(left, left + frames, 0.0f);
   std::fill(right, right + frames, 0.0f);
+  bool voicesSounded = false;
   for (Voice& v : voices_) {
     if (v.isSilent()) continue;
     renderVoice(v, left, right, frames);
     v.age += dt;
+    voicesSounded = true;
   }
+
+  mixChain_.render(params_.data(), left, right, frames, tempoBpm, voicesSounded);
 
   // Whatever went wrong upstream, the host never receives a NaN or an infinity.
   for (int i = 0; i < frames; ++i) {

@@ -11,6 +11,7 @@
 #include <cstddef>
 
 #include "engine/dsp.h"
+#include "engine/effects/mix_chain.h"
 #include "engine/machine_listener.h"
 #include "engine/parameter.h"
 #include "engine/random.h"
@@ -56,8 +57,12 @@ class SynthEngine {
   void renderBlock(float* left, float* right, int frames, double songPositionBeats, double tempoBpm);
   // Ends a host block: the next block ramps from the values stored now.
   void endProcess();
-  // Silences every voice and clears the held notes.
+  // Silences every voice, clears the held notes and clears the effects' delay lines, filters and
+  // limiter.
   void reset();
+  // The global chain's latency in samples at `rate` with the limiter switch's stored value: the
+  // limiter's look-ahead while it is on, else 0. Any thread.
+  int latencySamples(float rate) const;
 
   // --- Observation (tests, editor) ---
   const Voice& voice(int slot) const { return voices_[slot]; }
@@ -92,6 +97,7 @@ class SynthEngine {
   double clock_ = 0.0;
   float globalLfoOutput_ = 0.0f;
   Random random_;
+  MixChain mixChain_;
   MachineListener* listener_ = nullptr;
   alignas(16) float voiceBuffer_[kMaxBlock] = {};
 };
