@@ -2,20 +2,26 @@
 
 #include <cmath>
 #include <cstring>
+#include <thread>
 
 #include "engine/denormals.h"
+#include "programs/factory_bank.h"
+#include "programs/program_files.h"
+#include "programs/program_format.h"
+#include "programs/program_loader.h"
 
 namespace ziv {
 namespace {
 
 constexpr const char* kEffectName = "Vrn ZIV";
 constexpr const char* kVendorName = "Quorvantis";
-constexpr const char* kInitProgramName = "Init Patch";
 constexpr double kDefaultTempo = 120.0;
 // The longest tail a voice and the effects can ring on after the last note, in seconds.
 constexpr double kTailSeconds = 3.0;
 
-int dataByte(char byte) { return static_cast<signed char>(byte); }
+int dataByte(char byte) {
+  return static_cast<signed char>(byte);
+}
 
 }  // namespace
 
@@ -33,15 +39,22 @@ VstTest::VstTest(vst2::AudioMasterCallback audioMaster, std::unique_ptr<SynthEng
   noTail(false);
   canProcessReplacing();
 
+  chunkBuffer_.reserve(fx::bankChunkSize(kHostParamCount));
+
+  // The bank: engine defaults under every name, then the factory bank over them (its legacy
+  // programs leave the two newest parameters at their defaults), sorted by category.
   ProgramRecord defaults;
   defaults.setName(kInitProgramName);
   for (int i = 0; i < kHostParamCount; ++i) defaults.values[i] = synth.parameter(i).baseValue();
   programs_.fill(defaults);
+  ziv::loadBankImage(*this, kFactoryBankImage, kFactoryBankSize);
+  sortByCategory(programs_);
   initProgram_ = programs_[kProgramCount - 1];
 
   currentProgram_.store(0, std::memory_order_relaxed);
   writeProgramToEngine(programs_[0]);
   if (!inSetProgram_) updateDisplay();
+  announceLatency_ = true;
 }
 
 void VstTest::writeProgramToEngine(const ProgramRecord& record) {
@@ -56,13 +69,34 @@ void VstTest::onParameterChanged(int index, float value, bool fromEditor) {
   if (index < 0 || index >= kHostParamCount) return;
   if (fromEditor) callHost(vst2::audioMasterAutomate, index, 0, nullptr, value);
   programs_[currentProgram_.load(std::memory_order_relaxed)].values[index] = value;
+  if (std::this_thread::get_id() != audioThread_.load(std::memory_order_relaxed)) refreshLatency();
 }
 
-void VstTest::suspend() { engine().reset(); }
+void VstTest::suspend() {
+  engine().reset();
+  refreshLatency();
+}
 
 void VstTest::resume() {
   AudioEffectX::resume();
   engine().reset();
+  refreshLatency();
+}
+
+// Latency. While "MASTER: Limiter" is on, the output lags by the limiter's look-ahead (63 samples
+// at 44.1 kHz); hosts learn it through initialDelay and audioMasterIOChanged, which must never be
+// called from the audio thread. The reported value is therefore brought up to date on every
+// parameter change that does not come from the audio thread (host automation from another thread,
+// the editor, program, chunk and file loads) and on suspend and resume. A switch automated on the
+// audio thread (or a MIDI program change) changes the sound at once: switched on, the limiter's
+// delay line starts empty (L samples of silence); switched off, the samples in flight are dropped.
+// The reported latency follows at the next such call; until then the host's delay compensation is
+// off by L samples.
+void VstTest::refreshLatency() {
+  const int latency = engine().latencySamples(getSampleRate());
+  if (latency == getAeffect()->initialDelay) return;
+  setInitialDelay(latency);
+  if (announceLatency_) ioChanged();
 }
 
 // --- Programs ---
@@ -76,6 +110,10 @@ void VstTest::setProgram(vst2::VstInt32 program) {
 }
 
 void VstTest::setProgramName(char* name) {
+  renameProgram(name);
+}
+
+void VstTest::renameProgram(const char* name) {
   if (name == nullptr) return;
   programs_[currentProgram_.load(std::memory_order_relaxed)].setName(name);
   if (!inSetProgram_) updateDisplay();
@@ -104,6 +142,92 @@ bool VstTest::endSetProgram() {
   inSetProgram_ = false;
   updateDisplay();
   return true;
+}
+
+void VstTest::initProgram() {
+  const int current = currentProgram_.load(std::memory_order_relaxed);
+  programs_[current] = initProgram_;
+  setProgram(current);
+}
+
+void VstTest::initBank() {
+  programs_.fill(initProgram_);
+  setProgram(currentProgram_.load(std::memory_order_relaxed));
+}
+
+// --- Chunks and files ---
+
+void VstTest::makeProgramChunk(int programIndex, Bytes& out) const {
+  const int index = programIndex == -1 ? currentProgram_.load(std::memory_order_relaxed) : programIndex;
+  if (index < 0 || index >= kProgramCount) return;
+  fx::writeProgramChunk(programs_[index], kHostParamCount, out);
+}
+
+void VstTest::makeBankChunk(Bytes& out) const {
+  fx::writeBankChunk(programs_, currentProgram_.load(std::memory_order_relaxed), kHostParamCount, out);
+}
+
+vst2::VstInt32 VstTest::getChunk(void** data, bool isPreset) {
+  if (data == nullptr) return 0;
+  chunkBuffer_.clear();
+  if (isPreset) {
+    makeProgramChunk(-1, chunkBuffer_);
+  } else {
+    makeBankChunk(chunkBuffer_);
+  }
+  *data = chunkBuffer_.data();
+  return static_cast<vst2::VstInt32>(chunkBuffer_.size());
+}
+
+vst2::VstInt32 VstTest::setChunk(void* data, vst2::VstInt32 byteSize, bool isPreset) {
+  // A host that hands over nothing, or a negative size, loads nothing; the answer stays 1.
+  const std::uint8_t* bytes = static_cast<const std::uint8_t*>(data);
+  const std::size_t size = byteSize > 0 ? static_cast<std::size_t>(byteSize) : 0;
+  if (isPreset) {
+    loadProgramChunk(bytes, size);
+  } else {
+    loadBankChunk(bytes, size);
+  }
+  return 1;
+}
+
+std::string VstTest::loadProgramChunk(const std::uint8_t* data, std::size_t size) {
+  return ziv::loadProgramChunk(*this, data, size);
+}
+
+std::string VstTest::loadBankChunk(const std::uint8_t* data, std::size_t size) {
+  return ziv::loadBankChunk(*this, data, size);
+}
+
+std::string VstTest::loadProgramImage(const std::uint8_t* data, std::size_t size) {
+  return ziv::loadProgramImage(*this, data, size);
+}
+
+std::string VstTest::loadBankImage(const std::uint8_t* data, std::size_t size) {
+  return ziv::loadBankImage(*this, data, size);
+}
+
+std::string VstTest::loadProgramFile(const std::string& path) {
+  return ziv::loadProgramFile(*this, path);
+}
+
+std::string VstTest::loadBankFile(const std::string& path) {
+  return ziv::loadBankFile(*this, path);
+}
+
+std::string VstTest::saveProgramFile(const std::string& path) const {
+  Bytes chunk, image;
+  makeProgramChunk(-1, chunk);
+  fx::writeProgramFile(programs_[currentProgram_.load(std::memory_order_relaxed)].name, kHostParamCount,
+                       chunk.data(), chunk.size(), image);
+  return saveFileImage(path, image);
+}
+
+std::string VstTest::saveBankFile(const std::string& path) const {
+  Bytes chunk, image;
+  makeBankChunk(chunk);
+  fx::writeBankFile(fx::kFormatVersion, kProgramCount, chunk.data(), chunk.size(), image);
+  return saveFileImage(path, image);
 }
 
 // --- Identity ---
@@ -136,7 +260,8 @@ vst2::VstInt32 VstTest::getGetTailSize() {
   return static_cast<vst2::VstInt32>(kTailSeconds * getSampleRate()) + 1;
 }
 
-vst2::VstIntPtr VstTest::vendorSpecific(vst2::VstInt32 lArg, vst2::VstIntPtr lArg2, void* ptrArg, float floatArg) {
+vst2::VstIntPtr VstTest::vendorSpecific(vst2::VstInt32 lArg, vst2::VstIntPtr lArg2, void* ptrArg,
+                                        float floatArg) {
   (void)lArg2;
   (void)ptrArg;
   (void)floatArg;
@@ -144,9 +269,13 @@ vst2::VstIntPtr VstTest::vendorSpecific(vst2::VstInt32 lArg, vst2::VstIntPtr lAr
   return 0;
 }
 
-bool VstTest::beginEdit(vst2::VstInt32 index) { return index != -1 && AudioEffectX::beginEdit(index); }
+bool VstTest::beginEdit(vst2::VstInt32 index) {
+  return index != -1 && AudioEffectX::beginEdit(index);
+}
 
-bool VstTest::endEdit(vst2::VstInt32 index) { return index != -1 && AudioEffectX::endEdit(index); }
+bool VstTest::endEdit(vst2::VstInt32 index) {
+  return index != -1 && AudioEffectX::endEdit(index);
+}
 
 // --- Audio ---
 
@@ -214,6 +343,7 @@ void VstTest::dispatch(const vst2::VstMidiEvent& event) {
 
 void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 frames) {
   (void)inputs;
+  audioThread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
   ScopedFlushDenormals denormals;
   SynthEngine& synth = engine();
   const float rate = getSampleRate();

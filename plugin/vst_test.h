@@ -2,26 +2,36 @@
 // and the translation of the host's MIDI events into engine calls at their place in the
 // audio block.
 //
+// The bank starts as the factory bank, sorted by category; the chunk calls and the program and
+// bank files go through the loaders and writers of programs/.
+//
 // Threads: `processReplacing` and `processEvents` run on the host's audio thread and take no
-// locks. Program, name and parameter operations come from the host's user-interface thread
-// (also while audio runs); they write the engine's atomic values, and the current program
-// index is atomic, so neither side waits for the other.
+// locks. Program, name, parameter, chunk and file operations come from the host's
+// user-interface thread (also while audio runs); they write the engine's atomic values, the
+// current program index is atomic, and program records have a fixed size, so neither side
+// waits for the other and nothing the audio thread touches is ever reallocated. Program values
+// are plain floats that both sides may write (a MIDI program change or learned controller on
+// the audio thread, a load on the user-interface thread); the last write wins.
 #pragma once
 
 #include <array>
 #include <atomic>
 #include <bitset>
 #include <memory>
+#include <thread>
+#include <string>
 
 #include "plugin/midi_event_queue.h"
 #include "plugin/vst_test_module.h"
-#include "programs/program_record.h"
+#include "programs/byte_order.h"
+#include "programs/program_bank.h"
+#include "programs/program_target.h"
 
 namespace ziv {
 
-class VstTest : public VstTestModule {
+class VstTest : public VstTestModule, private ProgramTarget {
  public:
-  static constexpr int kProgramCount = 100;
+  static constexpr int kProgramCount = kBankProgramCount;
   // Sent by a host through vendorSpecific to switch MIDI program changes off for good.
   static constexpr vst2::VstInt32 kNoProgramChangeCode = 0x73486921;
   static constexpr vst2::VstInt32 kVersion = 0x0002000C;
@@ -42,29 +52,73 @@ class VstTest : public VstTestModule {
   bool beginSetProgram() override;
   bool endSetProgram() override;
 
+  // The host's state chunk (user-interface thread). getChunk hands out the program chunk of the
+  // current program (isPreset) or the bank chunk; the bytes stay valid until the next getChunk.
+  // setChunk loads the same forms, whatever their condition, and always answers 1.
+  vst2::VstInt32 getChunk(void** data, bool isPreset) override;
+  vst2::VstInt32 setChunk(void* data, vst2::VstInt32 byteSize, bool isPreset) override;
+
   bool getEffectName(char* name) override;
   bool getProductString(char* text) override;
   bool getVendorString(char* text) override;
   vst2::VstInt32 getVendorVersion() override { return 0; }
   vst2::VstInt32 canDo(const char* text) override;
   vst2::VstInt32 getGetTailSize() override;
-  vst2::VstIntPtr vendorSpecific(vst2::VstInt32 lArg, vst2::VstIntPtr lArg2, void* ptrArg, float floatArg) override;
+  vst2::VstIntPtr vendorSpecific(vst2::VstInt32 lArg, vst2::VstIntPtr lArg2, void* ptrArg,
+                                 float floatArg) override;
 
   // Host automation begin/end around a user's gesture; -1 is no parameter.
   bool beginEdit(vst2::VstInt32 index);
   bool endEdit(vst2::VstInt32 index);
 
+  // Bank operations of the program menu (user-interface thread). Initialize Program copies the
+  // template (the factory "Init Patch") into the current program, Initialize Bank into all.
+  void initProgram();
+  void initBank();
+
+  // Byte forms (user-interface thread); the index -1 means the current program.
+  void makeProgramChunk(int programIndex, Bytes& out) const;
+  void makeBankChunk(Bytes& out) const;
+  std::string loadProgramChunk(const std::uint8_t* data, std::size_t size);
+  std::string loadBankChunk(const std::uint8_t* data, std::size_t size);
+  std::string loadProgramImage(const std::uint8_t* data, std::size_t size);
+  std::string loadBankImage(const std::uint8_t* data, std::size_t size);
+
+  // Files (user-interface thread); results are messages, empty for success.
+  std::string loadProgramFile(const std::string& path);
+  std::string loadBankFile(const std::string& path);
+  std::string saveProgramFile(const std::string& path) const;
+  std::string saveBankFile(const std::string& path) const;
+
   const ProgramRecord& program(int index) const { return programs_[index]; }
+  const ProgramRecord& initialProgram() const { return initProgram_; }
+  bool inSetProgram() const { return inSetProgram_; }
 
  private:
+  // ProgramTarget: what the loaders drive.
+  int parameterCount() const override { return kHostParamCount; }
+  int currentProgramIndex() const override { return currentProgram_.load(std::memory_order_relaxed); }
+  void selectProgram(int index) override { setProgram(index); }
+  void renameProgram(const char* name) override;
+  void loadValue(int index, float value) override { setParameter(index, value); }
+  int loadVersion() override { return engine().loadVersion; }
+  void setLoadVersion(int version) override { engine().loadVersion = version; }
+  void beginProgramLoad() override { beginSetProgram(); }
+  void endProgramLoad() override { endSetProgram(); }
+
   void onParameterChanged(int index, float value, bool fromEditor) override;
   void writeProgramToEngine(const ProgramRecord& record);
   void dispatch(const vst2::VstMidiEvent& event);
   void releaseSustainedNotes();
+  // Brings the reported latency up to date and tells the host when it moved; never called on
+  // the audio thread (see vst_test.cpp).
+  void refreshLatency();
 
-  std::array<ProgramRecord, kProgramCount> programs_;
+  ProgramList programs_;
   ProgramRecord initProgram_;
   std::atomic<int> currentProgram_{0};
+  // The bytes last handed out by getChunk; reserved for a whole bank so it never reallocates.
+  Bytes chunkBuffer_;
 
   MidiEventQueue eventQueue_;
   std::bitset<128> heldBySustain_;
@@ -73,6 +127,10 @@ class VstTest : public VstTestModule {
   std::atomic<bool> inSetProgram_{false};
   double lastHostPpq_ = 0.0;
   double blockPpq_ = 0.0;
+  // The thread of the latest processReplacing call: parameter changes made on it do not call
+  // the host back.
+  std::atomic<std::thread::id> audioThread_{};
+  bool announceLatency_ = false;  // false while constructing: the host is not listening yet
 };
 
 }  // namespace ziv

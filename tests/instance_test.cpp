@@ -265,6 +265,7 @@ TEST(Instance, PitchWheelAndModWheel) {
 
 TEST(Instance, SmoothingRampsAcrossSubBlocks) {
   TestHost host;
+  host.plugin().setParameter(kFilter1Cutoff, 0.5f);
   host.process(128);
   host.plugin().setParameter(kFilter1Cutoff, 1.0f);
   host.engine().smoothParameters(0.25f);
