@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
+#include <thread>
 #include <vector>
 
 #include "engine/dsp.h"
@@ -16,6 +17,7 @@
 #include "engine/effects/master_eq.h"
 #include "engine/effects/mix_chain.h"
 #include "engine/synth_engine.h"
+#include "test_host.h"
 
 namespace ziv {
 namespace {
@@ -452,6 +454,35 @@ TEST(MixChain, EchoesOutliveTheSoundThenTheChainIdles) {
   std::vector<float> after(44100, 0.0f), afterRight(44100, 0.0f);
   rig.render(after, afterRight, false);
   for (float x : after) ASSERT_EQ(x, 0.0f);
+}
+
+// The instance reports the limiter's look-ahead as its latency. A switch from another thread is
+// announced at once; one automated on the audio thread is announced at the next suspend/resume.
+TEST(Latency, ReportedToTheHostOffTheAudioThreadOnly) {
+  testing::TestHost host;
+  VstTest& plugin = host.plugin();
+  const vst2::AEffect& effect = *plugin.getAeffect();
+  EXPECT_EQ(effect.initialDelay, 0);
+
+  std::thread([&] { plugin.setParameter(kMasterLimiter, 1.0f); }).join();
+  EXPECT_EQ(effect.initialDelay, 63);
+  EXPECT_EQ(host.record().ioChangedCount, 1);
+  std::thread([&] { plugin.setParameter(kMasterGain, 0.5f); }).join();  // no change, no call
+  EXPECT_EQ(host.record().ioChangedCount, 1);
+
+  host.process(64);  // this thread is now the audio thread
+  plugin.setParameter(kMasterLimiter, 0.0f);
+  EXPECT_EQ(effect.initialDelay, 63);
+  EXPECT_EQ(host.record().ioChangedCount, 1);
+  plugin.suspend();
+  EXPECT_EQ(effect.initialDelay, 0);
+  EXPECT_EQ(host.record().ioChangedCount, 2);
+
+  plugin.setParameter(kMasterLimiter, 1.0f);
+  plugin.setSampleRate(8000.0f);
+  plugin.resume();
+  EXPECT_EQ(effect.initialDelay, 32);
+  EXPECT_EQ(host.record().ioChangedCount, 3);
 }
 
 }  // namespace

@@ -23,6 +23,9 @@ vst2::VstIntPtr hostCallback(vst2::AEffect*, vst2::VstInt32 opcode, vst2::VstInt
     case vst2::audioMasterUpdateDisplay:
       ++r.updateDisplayCount;
       return 1;
+    case vst2::audioMasterIOChanged:
+      ++r.ioChangedCount;
+      return 1;
     default:
       return 0;
   }

@@ -16,6 +16,7 @@ struct HostRecord {
   int lastAutomatedIndex = -1;
   float lastAutomatedValue = 0.0f;
   int updateDisplayCount = 0;
+  int ioChangedCount = 0;
 };
 
 class TestHost {
