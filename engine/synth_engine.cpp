@@ -120,6 +120,9 @@ void SynthEngine::startVoice(int slot, int note, const NoteChoice& choice, int u
     request.randomOffset = random_.next();
     request.randomPhase = random_.next();
   }
+  if (mode != StartMode::kLegato) {
+    for (int& seed : request.noiseSeed) seed = random_.next();
+  }
   voices_[slot].start(request);
   lastVoice_ = slot;
 }

@@ -28,7 +28,10 @@ EnvelopeTimes envelopeTimes(const Parameter* params, int attack, float decayScal
 
 }  // namespace
 
-void Voice::setSampleRate(float rate) { sampleRate_ = rate; }
+void Voice::setSampleRate(float rate) {
+  sampleRate_ = rate;
+  chain_.setSampleRate(rate);
+}
 
 void Voice::start(const VoiceStart& request) {
   pitch = request.glideStart;
@@ -71,8 +74,10 @@ void Voice::start(const VoiceStart& request) {
     modEnvelope.clear();
   }
 
+  chain_.restart(request.noiseSeed);
   if (request.mode == StartMode::kFresh) {
     lastOutputGain = -1.0f;
+    chain_.startSources(startPhase);
   }
 }
 
@@ -87,9 +92,13 @@ void Voice::kill() {
   filterEnvelope = EnvelopeState{};
   modEnvelope = EnvelopeState{};
   lastOutputGain = -1.0f;
+  const int seeds[VoiceChain::kOscillators] = {};
+  chain_.restart(seeds);
 }
 
-bool Voice::isSilent() const { return ampEnvelope.stage == kStageFinished && ampEnvelope.level <= kSilence; }
+bool Voice::isSilent() const {
+  return ampEnvelope.stage == kStageFinished && ampEnvelope.level <= kSilence && chain_.filtersSilent();
+}
 
 float Voice::soundingPitch(const Parameter* params) const {
   return pitch + params[kPitchBendRange].voicePhysical() * params[kPitchWheel].globalPhysical() +
@@ -122,7 +131,15 @@ void Voice::render(float* out, int frames, const Parameter* params) {
   glide(dt, params);
   advanceEnvelopes(dt, params);
 
-  for (int i = 0; i < frames; ++i) out[i] = 0.0f;
+  // The oscillators: an instant attack starts them at full level; once the amplitude envelope
+  // has finished they fade out so the filters can ring down and the voice become silent.
+  VoiceChainInput chain;
+  chain.pitch = soundingPitch(params);
+  chain.filterEnvLevel = filterEnvelope.level;
+  chain.jumpGain = ampEnvelope.stage == kStageAttack && ampEnvelope.level <= 0.0f &&
+                   params[kAmpEnvAttack].voiceValue <= 0.0f;
+  chain.sourcesOn = ampEnvelope.stage != kStageFinished;
+  chain_.render(out, frames, params, chain);
 
   // The amplitude envelope: a straight gain ramp from the level at the block's start to the
   // level at its end.

@@ -9,6 +9,7 @@
 
 #include "engine/envelope.h"
 #include "engine/parameter.h"
+#include "engine/voice_chain.h"
 
 namespace ziv {
 
@@ -26,8 +27,9 @@ struct VoiceStart {
   float globalLfoHold = 0.0f;
   bool legato = false;  // polyphonic legato: take over the previous voice's envelopes
   const struct Voice* previous = nullptr;
-  int randomOffset = 0;  // 0..32767, the place within a unison slot
-  int randomPhase = 0;   // 0..32767, the oscillators' start phase
+  int randomOffset = 0;                          // 0..32767, the place within a unison slot
+  int randomPhase = 0;                           // 0..32767, the oscillators' start phase
+  int noiseSeed[VoiceChain::kOscillators] = {};  // 0..32767, the noise read positions
 };
 
 struct Voice {
@@ -69,6 +71,7 @@ struct Voice {
   void advanceEnvelopes(float dt, const Parameter* params);
 
   float sampleRate_ = 44100.0f;
+  VoiceChain chain_;
 };
 
 }  // namespace ziv
