@@ -21,6 +21,8 @@ class DcBlocker {
   void render(float* buf, int frames);
   // True when the previous input and output are at most kSilence. Audio thread.
   bool isQuiet() const;
+  // True when the state is exactly zero: a block of zeros would come out as zeros. Audio thread.
+  bool isAtRest() const { return x1_ == 0.0f && y1_ == 0.0f; }
 
  private:
   float pole_ = 1.0f - 2.0f * 3.14159265f * kCutoffHz / 44100.0f;

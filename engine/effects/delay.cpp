@@ -72,8 +72,11 @@ void Delay::render(float* left, float* right, int frames, const DelaySettings& s
   const float feedbackBound = std::max({nextFeedback, feedback_, kMinTailFeedback});
   if (!synthIdle) {
     tail_ = std::max(tail_, std::pow(feedbackBound, -longest) * std::max(send_, nextSend));
-  } else {
+  } else if (tail_ > 0.0f) {
     tail_ *= std::pow(feedbackBound, static_cast<float>(frames) / (longest * sampleRate_));
+    // Below the threshold the estimate no longer matters (sound returning raises it above any
+    // value this small), so it settles at zero and an idle delay needs no further arithmetic.
+    if (tail_ <= kSilence) tail_ = 0.0f;
   }
   if (tail_ <= kSilence) return;
 

@@ -13,6 +13,20 @@ constexpr double kReleaseHalvingsPerSecond = 100.0;
 // A hold below 2^-23 is no gain change worth computing.
 constexpr float kHoldFloor = 1.1920929e-7f;
 
+// The largest of window[k] x weights[k], k < length (at most 0 when every sample is under the
+// threshold). Four independent running maxima, so the comparisons do not wait on each other; the
+// maximum is exact in any order.
+float windowPeak(const float* window, const float* weights, int length) {
+  float peak[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+  int k = 0;
+  for (; k + 4 <= length; k += 4) {
+    for (int lane = 0; lane < 4; ++lane)
+      peak[lane] = std::max(peak[lane], window[k + lane] * weights[k + lane]);
+  }
+  for (; k < length; ++k) peak[0] = std::max(peak[0], window[k] * weights[k]);
+  return std::max(std::max(peak[0], peak[1]), std::max(peak[2], peak[3]));
+}
+
 }  // namespace
 
 int Limiter::lookAhead(float rate) {
@@ -75,8 +89,9 @@ void Limiter::render(float* left, float* right, int frames, bool on, bool chainI
     const int oldest = (position - length) & kRingMask;
     delayedLeft[position] = left[i];
     delayedRight[position] = right[i];
-    overshoot[position] = std::max(std::fabs(left[i]), std::fabs(right[i])) - kThreshold;
-    for (int k = 0; k < length; ++k) hold = std::max(hold, overshoot[(oldest + k) & kRingMask] * weights[k]);
+    const float over = std::max(std::fabs(left[i]), std::fabs(right[i])) - kThreshold;
+    overshoot[position] = overshoot[position + kRingSize] = over;
+    hold = std::max(hold, windowPeak(overshoot + oldest, weights, length));
     const float gain = 1.0f / (1.0f + hold);
     left[i] = gain * delayedLeft[oldest];
     right[i] = gain * delayedRight[oldest];

@@ -54,7 +54,8 @@ class Limiter {
   std::array<float, kMaxLookAhead> weights_{};
   std::array<float, kRingSize> delayedLeft_{};
   std::array<float, kRingSize> delayedRight_{};
-  std::array<float, kRingSize> overshoot_{};
+  // Written twice (at p and p + kRingSize), so every look-ahead window is one contiguous run.
+  std::array<float, 2 * kRingSize> overshoot_{};
 };
 
 }  // namespace ziv

@@ -37,7 +37,8 @@ class MixChain {
   void reset();
   // Runs the chain over 1..kMaxBlock frames in place. params: the engine's parameter records
   // (global values of this sub-block; the delay sync switch is read from its stored value);
-  // voicesSounded: a voice was rendered into the buffers this block. Audio thread.
+  // voicesSounded: a voice was rendered into the buffers this block; when false the buffers must
+  // hold zeros (the engine clears them before the voices add in). Audio thread.
   void render(const Parameter* params, float* left, float* right, int frames, double tempoBpm,
               bool voicesSounded);
 
