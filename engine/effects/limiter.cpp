@@ -36,8 +36,8 @@ int Limiter::lookAhead(float rate) {
 
 void Limiter::setSampleRate(float rate) {
   if (!(rate > 0.0f)) return;
-  sampleRate_ = rate;
   lookAhead_ = lookAhead(rate);
+  release_ = static_cast<float>(std::pow(0.5, kReleaseHalvingsPerSecond / rate));
   // Smoothstep weights: w[0] = 1 for the sample leaving the delay, falling toward the newest.
   for (int i = 0; i < lookAhead_; ++i) {
     const float x = static_cast<float>(lookAhead_ - i) / static_cast<float>(lookAhead_);
@@ -73,7 +73,6 @@ void Limiter::render(float* left, float* right, int frames, bool on, bool chainI
   }
   dirty_ = true;
 
-  release_ = static_cast<float>(std::pow(0.5, kReleaseHalvingsPerSecond / sampleRate_));
   const float release = release_;
   const int length = lookAhead_;
   const float* weights = weights_.data();

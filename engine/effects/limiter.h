@@ -39,14 +39,11 @@ class Limiter {
   // chainIdle: the chain before the limiter is idle this block. Audio thread.
   void render(float* left, float* right, int frames, bool on, bool chainIdle);
 
-  int length() const { return lookAhead_; }
-
  private:
   void clearState();
 
   int lookAhead_ = 0;
-  float sampleRate_ = 44100.0f;
-  float release_ = 1.0f;
+  float release_ = 1.0f;  // per-sample decay of hold, set with the rate
   float hold_ = 0.0f;
   int position_ = 0;
   int idleSamples_ = 0;
