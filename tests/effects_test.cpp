@@ -456,6 +456,39 @@ TEST(MixChain, EchoesOutliveTheSoundThenTheChainIdles) {
   for (float x : after) ASSERT_EQ(x, 0.0f);
 }
 
+// Through the engine: a loud chord with the limiter on stays below full scale; after the voices
+// end the synced echoes (0.375 s at 120 BPM) still sound, then the output falls to exact zero.
+TEST(MixChain, InTheEngineEchoesOutliveTheVoices) {
+  testing::TestHost host;
+  VstTest& plugin = host.plugin();
+  plugin.setParameter(kDelaySend, 1.0f);
+  plugin.setParameter(kDelayFeedback, 0.5f);
+  plugin.setParameter(kMasterLimiter, 1.0f);
+  plugin.setParameter(kMasterGain, 1.0f);
+  plugin.setParameter(kUnisonVoices, 1.0f);
+  for (int note = 48; note <= 72; note += 4) host.noteOn(0, note, 127);
+  float peak = 0.0f;
+  for (int b = 0; b < 40; ++b) {
+    host.process(512);
+    for (float x : host.left) peak = std::max(peak, std::fabs(x));
+  }
+  EXPECT_GT(peak, 0.9f);
+  EXPECT_LT(peak, 1.0f);
+
+  for (int note = 48; note <= 72; note += 4) host.noteOff(0, note);
+  int blocks = 0;
+  while (host.engine().soundingVoiceCount() > 0 && blocks++ < 1000) host.process(512);
+  ASSERT_EQ(host.engine().soundingVoiceCount(), 0);
+  float echo = 0.0f;
+  for (int b = 0; b < 40; ++b) {
+    host.process(512);
+    for (float x : host.left) echo = std::max(echo, std::fabs(x));
+  }
+  EXPECT_GT(echo, 1e-3f);
+  for (int b = 0; b < 2000; ++b) host.process(512);
+  for (float x : host.left) ASSERT_EQ(x, 0.0f);
+}
+
 // The instance reports the limiter's look-ahead as its latency. A switch from another thread is
 // announced at once; one automated on the audio thread is announced at the next suspend/resume.
 TEST(Latency, ReportedToTheHostOffTheAudioThreadOnly) {
