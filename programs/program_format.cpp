@@ -3,13 +3,13 @@
 namespace ziv::fx {
 namespace {
 
-void appendFileHeader(Bytes& out, std::size_t fileSize, std::uint32_t formMagic, std::int32_t fxVersion,
-                      int count) {
+void appendFileHeader(Bytes& out, std::size_t fileSize, std::uint32_t formMagic, std::uint32_t fxId,
+                      std::int32_t fxVersion, int count) {
   appendBig32(out, kFileMagic);
   appendBig32(out, static_cast<std::uint32_t>(fileSize - kByteSizeExcluded));
   appendBig32(out, formMagic);
   appendBig32(out, kFileFormatVersion);
-  appendBig32(out, kPluginId);
+  appendBig32(out, fxId);
   appendBig32(out, static_cast<std::uint32_t>(fxVersion));
   appendBig32(out, static_cast<std::uint32_t>(count));
 }
@@ -33,8 +33,8 @@ void writeBankChunk(const ProgramList& programs, int currentProgram, int valueCo
 }
 
 void writeProgramFile(const char* name, int numParams, const std::uint8_t* chunk, std::size_t chunkSize,
-                      Bytes& out) {
-  appendFileHeader(out, kProgramChunkOffset + chunkSize, kProgramChunkMagic, kFormatVersion, numParams);
+                      Bytes& out, std::uint32_t fxId) {
+  appendFileHeader(out, kProgramChunkOffset + chunkSize, kProgramChunkMagic, fxId, kFormatVersion, numParams);
   // The name field is 28 bytes, of which a name fills at most 24.
   appendPaddedText(out, name, kNameBytes);
   out.insert(out.end(), kProgramFileNameBytes - kNameBytes, 0);
@@ -43,8 +43,8 @@ void writeProgramFile(const char* name, int numParams, const std::uint8_t* chunk
 }
 
 void writeBankFile(std::int32_t fxVersion, int numPrograms, const std::uint8_t* chunk, std::size_t chunkSize,
-                   Bytes& out) {
-  appendFileHeader(out, kBankChunkOffset + chunkSize, kBankChunkMagic, fxVersion, numPrograms);
+                   Bytes& out, std::uint32_t fxId) {
+  appendFileHeader(out, kBankChunkOffset + chunkSize, kBankChunkMagic, fxId, fxVersion, numPrograms);
   out.insert(out.end(), kReservedBytes, 0);
   appendBig32(out, static_cast<std::uint32_t>(chunkSize));
   out.insert(out.end(), chunk, chunk + chunkSize);

@@ -60,11 +60,12 @@ void writeProgramChunk(const ProgramRecord& record, int valueCount, Bytes& out);
 void writeBankChunk(const ProgramList& programs, int currentProgram, int valueCount, Bytes& out);
 
 // Appends an "FPCh" program file around `chunk`: the name cut to 24 bytes, numParams as given.
+// fxId names the plug-in the file belongs to.
 void writeProgramFile(const char* name, int numParams, const std::uint8_t* chunk, std::size_t chunkSize,
-                      Bytes& out);
+                      Bytes& out, std::uint32_t fxId = kPluginId);
 
 // Appends an "FBCh" bank file around `chunk` with the given header version and program count.
 void writeBankFile(std::int32_t fxVersion, int numPrograms, const std::uint8_t* chunk, std::size_t chunkSize,
-                   Bytes& out);
+                   Bytes& out, std::uint32_t fxId = kPluginId);
 
 }  // namespace ziv::fx

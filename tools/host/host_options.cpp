@@ -96,7 +96,12 @@ const std::vector<OptionSpec>& optionTable() {
       {"out", 'o', "FILE", "WAV file to write (default out.wav)", text(&HostOptions::outputPath)},
       {"midi", 'm', "FILE", "Standard MIDI File to play (default: the built-in demo phrase)",
        text(&HostOptions::midiPath)},
+      {"load", 0, "FILE",
+       "load a .fxp program or .fxb bank into the plug-in first (before --program and --set)",
+       text(&HostOptions::loadPath)},
       {"program", 'p', "N", "select program N (0-based) before playing", number(&HostOptions::program, 0, 9999, "--program")},
+      {"program-name", 0, "NAME", "select the program with this name (case ignored) instead of --program",
+       text(&HostOptions::programName)},
       {"set", 's', "P=V",
        "set parameter P (name or index) to the normalised value V (0..1); repeatable, applied after --program",
        applySetting},
@@ -113,8 +118,16 @@ const std::vector<OptionSpec>& optionTable() {
        flag(&HostOptions::zeroFrameCalls)},
       {"stopped", 0, nullptr, "report a stopped transport (the song position stays at 0)",
        flag(&HostOptions::transportStopped)},
+      {"save-fxp", 0, "FILE",
+       "save the current program as .fxp, through the plug-in's chunk, after load, program and --set",
+       text(&HostOptions::saveProgramPath)},
+      {"save-fxb", 0, "FILE",
+       "save the whole bank as .fxb, through the plug-in's chunk, after load, program and --set",
+       text(&HostOptions::saveBankPath)},
       {"list-params", 'l', nullptr, "print every parameter's index, name and display text, then exit",
        flag(&HostOptions::listParameters)},
+      {"list-programs", 0, nullptr, "print every program's index and name (after --load), then exit",
+       flag(&HostOptions::listPrograms)},
       {"win-host", 0, "PATH", "vrnhost.exe, or the folder holding it, for .dll plug-ins (default: the .dll's folder)",
        text(&HostOptions::windowsHost)},
       {"wine", 0, "PROGRAM", "wine launcher for .dll plug-ins (default wine; WINEPREFIX is honoured)",
@@ -180,6 +193,18 @@ bool parseHostOptions(const std::vector<std::string>& args, HostOptions& options
     }
   }
   if (options.help) return true;
+  if (options.program >= 0 && !options.programName.empty()) {
+    error = "give --program or --program-name, not both";
+    return false;
+  }
+  if (!options.saveProgramPath.empty() && !options.saveBankPath.empty()) {
+    error = "give --save-fxp or --save-fxb, not both";
+    return false;
+  }
+  if (!options.loadPath.empty() && fxKindOfPath(options.loadPath) == FxKind::kNone) {
+    error = "--load needs a .fxp or .fxb file, not '" + options.loadPath + "'";
+    return false;
+  }
   if (positional.size() != 1) {
     error = positional.empty() ? "no plug-in file given" : "more than one plug-in file given";
     return false;

@@ -13,8 +13,12 @@ namespace vrnhost {
 struct HostOptions {
   std::string pluginPath;
   std::string outputPath = "out.wav";
-  std::string midiPath;  // empty: the built-in demo phrase
-  int program = -1;      // -1: the plug-in's own start-up program
+  std::string midiPath;         // empty: the built-in demo phrase
+  std::string loadPath;         // a .fxp or .fxb file to load before playing; empty: none
+  int program = -1;             // -1: the plug-in's own start-up program
+  std::string programName;      // empty: no program chosen by name
+  std::string saveProgramPath;  // .fxp to save the current program to; empty: none
+  std::string saveBankPath;     // .fxb to save the bank to; empty: none
   std::vector<ParameterSetting> settings;
   int sampleRate = 44100;
   int blockSize = 512;
@@ -25,6 +29,7 @@ struct HostOptions {
   bool zeroFrameCalls = false;
   bool transportStopped = false;
   bool listParameters = false;
+  bool listPrograms = false;
   std::string windowsHost;  // vrnhost.exe or its folder; empty: next to the .dll
   std::string wine = "wine";
   bool quiet = false;

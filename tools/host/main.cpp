@@ -7,6 +7,8 @@
 
 #include <cmath>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -47,7 +49,35 @@ bool resolvePlugin(const std::string& path, std::string& absolute, std::string& 
   return true;
 }
 
+// Reads a program or bank file and checks its header, so a bad file fails before the plug-in runs.
+bool readFxFile(const std::string& path, RenderJob& job, std::string& error) {
+  std::ifstream in(path, std::ios::binary);
+  if (!in) {
+    error = "cannot read '" + path + "'";
+    return false;
+  }
+  job.loadImage.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+  job.loadKind = fxKindOfPath(path);
+  if (!checkFxImage(job.loadImage, job.loadKind, error)) {
+    error = "'" + path + "' is " + error;
+    return false;
+  }
+  return true;
+}
+
+bool writeFxFile(const std::string& path, const FxImage& image, std::string& error) {
+  std::ofstream out(path, std::ios::binary);
+  out.write(reinterpret_cast<const char*>(image.data()), static_cast<std::streamsize>(image.size()));
+  out.close();
+  if (!out) {
+    error = "cannot write '" + path + "'";
+    return false;
+  }
+  return true;
+}
+
 bool buildJob(const HostOptions& options, RenderJob& job, std::string& error) {
+  if (!options.loadPath.empty() && !readFxFile(options.loadPath, job, error)) return false;
   MidiSequence sequence;
   if (options.midiPath.empty()) {
     sequence = demoPhrase(options.tempo > 0.0 ? options.tempo : 120.0);
@@ -60,10 +90,15 @@ bool buildJob(const HostOptions& options, RenderJob& job, std::string& error) {
   job.transportPlaying = !options.transportStopped;
   job.zeroFrameCalls = options.zeroFrameCalls;
   job.program = options.program;
+  job.programName = options.programName;
   job.settings = options.settings;
+  job.saveKind = !options.saveProgramPath.empty() ? FxKind::kProgram
+                 : !options.saveBankPath.empty()  ? FxKind::kBank
+                                                  : FxKind::kNone;
   job.listParameters = options.listParameters;
+  job.listPrograms = options.listPrograms;
   job.events = toFrames(sequence.messages, options.sampleRate);
-  if (options.listParameters) {
+  if (options.listParameters || options.listPrograms) {
     job.frames = 0;
   } else if (options.lengthSeconds > 0.0) {
     job.frames = std::llround(options.lengthSeconds * options.sampleRate);
@@ -108,7 +143,8 @@ int main(int argc, char** argv) {
     return fail(error);
   }
 
-  ProgressDisplay display(!options.quiet && !options.listParameters, options.sampleRate);
+  const bool listing = options.listParameters || options.listPrograms;
+  ProgressDisplay display(!options.quiet && !listing, options.sampleRate);
   ProgressFn progress = [&display](std::int64_t done, std::int64_t total) { display.update(done, total); };
   RenderResult result;
   bool ok = false;
@@ -123,8 +159,14 @@ int main(int argc, char** argv) {
   display.finish();
   if (!ok) return fail(error);
 
-  if (options.listParameters) {
+  const std::string& savePath =
+      !options.saveProgramPath.empty() ? options.saveProgramPath : options.saveBankPath;
+  if (!savePath.empty() && !writeFxFile(savePath, result.savedImage, error)) return fail(error);
+  if (listing) {
     printParameters(result.parameters);
+    for (std::size_t i = 0; i < result.programNames.size(); ++i) {
+      std::printf("%3zu  %s\n", i, result.programNames[i].c_str());
+    }
     return 0;
   }
   if (!writeWav(options.outputPath, result.samples, 2, options.sampleRate, options.format, error)) {

@@ -114,6 +114,46 @@ void PluginDriver::setProgram(int index) {
   dispatch(vst2::effEndSetProgram);
 }
 
+std::string PluginDriver::programName(int index) {
+  return callForText(effect_, vst2::effGetProgramNameIndexed, index);
+}
+
+int PluginDriver::currentProgram() {
+  return static_cast<int>(dispatch(vst2::effGetProgram));
+}
+
+std::string PluginDriver::currentProgramName() {
+  return callForText(effect_, vst2::effGetProgramName, 0);
+}
+
+void PluginDriver::setCurrentProgramName(const std::string& name) {
+  // The plug-in takes a writable buffer; names are at most 24 characters by the VST convention.
+  char text[kTextBufferSize] = {};
+  std::strncpy(text, name.c_str(), vst2::kVstMaxProgNameLen);
+  dispatch(vst2::effSetProgramName, 0, 0, text);
+}
+
+void PluginDriver::beginSetProgram() {
+  dispatch(vst2::effBeginSetProgram);
+}
+
+void PluginDriver::endSetProgram() {
+  dispatch(vst2::effEndSetProgram);
+}
+
+std::vector<std::uint8_t> PluginDriver::chunk(bool program) {
+  void* data = nullptr;
+  const vst2::VstIntPtr size = dispatch(vst2::effGetChunk, program ? 1 : 0, 0, &data);
+  if (data == nullptr || size <= 0) return {};
+  const auto* bytes = static_cast<const std::uint8_t*>(data);
+  return std::vector<std::uint8_t>(bytes, bytes + size);
+}
+
+void PluginDriver::setChunk(bool program, const std::uint8_t* data, std::size_t size) {
+  dispatch(vst2::effSetChunk, program ? 1 : 0, static_cast<vst2::VstIntPtr>(size),
+           const_cast<std::uint8_t*>(data));
+}
+
 void PluginDriver::sendEvents(const std::vector<vst2::VstMidiEvent>& events) {
   if (events.empty()) return;
   // The plug-in may keep pointers only until the next processReplacing, so the events live in the

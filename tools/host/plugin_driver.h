@@ -55,6 +55,20 @@ class PluginDriver {
   void setProgram(int index);
   std::string effectName();
 
+  // Programs and state, as a DAW moves them for program and bank files.
+  int uniqueId() const { return effect_ ? effect_->uniqueID : 0; }
+  bool keepsChunks() const { return effect_ && (effect_->flags & vst2::effFlagsProgramChunks) != 0; }
+  std::string programName(int index);  // effGetProgramNameIndexed
+  int currentProgram();                // effGetProgram
+  std::string currentProgramName();    // effGetProgramName
+  void setCurrentProgramName(const std::string& name);
+  void beginSetProgram();
+  void endSetProgram();
+  // effGetChunk: copies the plug-in's bytes, which stay valid only until its next call.
+  std::vector<std::uint8_t> chunk(bool program);
+  // effSetChunk with the bytes as given.
+  void setChunk(bool program, const std::uint8_t* data, std::size_t size);
+
   // The time info handed to the plug-in when it calls audioMasterGetTime during the next calls.
   void setTimeInfo(const vst2::VstTimeInfo& info) { timeInfo_ = info; }
 

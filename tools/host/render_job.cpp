@@ -60,6 +60,42 @@ bool parseSetting(const std::string& text, ParameterSetting& setting) {
   return true;
 }
 
+// File images travel as one line of hexadecimal digits.
+std::string toHex(const FxImage& bytes) {
+  static const char kDigits[] = "0123456789abcdef";
+  std::string text;
+  text.reserve(bytes.size() * 2);
+  for (std::uint8_t byte : bytes) {
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 0x0f];
+  }
+  return text;
+}
+
+bool fromHex(const std::string& text, FxImage& bytes) {
+  auto digit = [](char c) {
+    return c >= '0' && c <= '9' ? c - '0' : c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+  };
+  if (text.size() % 2 != 0) return false;
+  bytes.clear();
+  for (std::size_t i = 0; i < text.size(); i += 2) {
+    const int high = digit(text[i]);
+    const int low = digit(text[i + 1]);
+    if (high < 0 || low < 0) return false;
+    bytes.push_back(static_cast<std::uint8_t>(high << 4 | low));
+  }
+  return true;
+}
+
+const char* kindWord(FxKind kind) {
+  return kind == FxKind::kProgram ? "fxp" : "fxb";
+}
+
+bool parseKind(const std::string& text, FxKind& kind) {
+  kind = text == "fxp" ? FxKind::kProgram : text == "fxb" ? FxKind::kBank : FxKind::kNone;
+  return kind != FxKind::kNone;
+}
+
 // Splits "keyword rest of line"; the rest keeps inner spaces.
 void splitLine(const std::string& line, std::string& keyword, std::string& rest) {
   std::size_t space = line.find(' ');
@@ -77,11 +113,16 @@ void writeJob(const RenderJob& job, std::ostream& out) {
   out << "tempo " << formatDouble(job.tempo) << '\n';
   out << "playing " << (job.transportPlaying ? 1 : 0) << '\n';
   out << "zero-frame-calls " << (job.zeroFrameCalls ? 1 : 0) << '\n';
+  if (job.loadKind != FxKind::kNone)
+    out << "load " << kindWord(job.loadKind) << ' ' << toHex(job.loadImage) << '\n';
   out << "program " << job.program << '\n';
+  if (!job.programName.empty()) out << "program-name " << job.programName << '\n';
   for (const ParameterSetting& setting : job.settings) {
     out << "set " << setting.key << '=' << formatDouble(setting.value) << '\n';
   }
+  if (job.saveKind != FxKind::kNone) out << "save " << kindWord(job.saveKind) << '\n';
   out << "list-params " << (job.listParameters ? 1 : 0) << '\n';
+  out << "list-programs " << (job.listPrograms ? 1 : 0) << '\n';
   out << "frames " << job.frames << '\n';
   for (const FrameMidi& event : job.events) {
     out << "event " << event.frame << ' ' << int{event.bytes[0]} << ' ' << int{event.bytes[1]} << ' '
@@ -124,12 +165,23 @@ bool readJob(std::istream& in, RenderJob& job, std::string& error) {
       ok = parseInt(rest, job.blockSize) && job.blockSize > 0;
     } else if (keyword == "tempo") {
       ok = parseDouble(rest, job.tempo) && job.tempo > 0.0;
-    } else if (keyword == "playing" || keyword == "zero-frame-calls" || keyword == "list-params") {
+    } else if (keyword == "playing" || keyword == "zero-frame-calls" || keyword == "list-params" ||
+               keyword == "list-programs") {
       ok = parseInt(rest, flag) && (flag == 0 || flag == 1);
       bool& target = keyword == "playing"            ? job.transportPlaying
                      : keyword == "zero-frame-calls" ? job.zeroFrameCalls
-                                                     : job.listParameters;
+                     : keyword == "list-params"      ? job.listParameters
+                                                     : job.listPrograms;
       target = flag == 1;
+    } else if (keyword == "load") {
+      std::string kind, hex;
+      splitLine(rest, kind, hex);
+      ok = parseKind(kind, job.loadKind) && fromHex(hex, job.loadImage);
+    } else if (keyword == "program-name") {
+      job.programName = rest;
+      ok = !rest.empty();
+    } else if (keyword == "save") {
+      ok = parseKind(rest, job.saveKind);
     } else if (keyword == "program") {
       ok = parseInt(rest, job.program);
     } else if (keyword == "set") {
@@ -152,6 +204,10 @@ void writeResultText(const RenderResult& result, std::ostream& out) {
   for (const ParameterInfo& info : result.parameters) {
     out << "param " << info.index << '\t' << info.name << '\t' << info.display << '\n';
   }
+  for (std::size_t i = 0; i < result.programNames.size(); ++i) {
+    out << "programname " << i << '\t' << result.programNames[i] << '\n';
+  }
+  if (!result.savedImage.empty()) out << "saved " << toHex(result.savedImage) << '\n';
   out << "stats " << result.frames << ' ' << formatDouble(result.pluginCpuSeconds) << '\n';
 }
 
@@ -168,6 +224,17 @@ bool readResultLine(const std::string& line, RenderResult& result) {
     result.parameters.push_back(info);
     return true;
   }
+  if (keyword == "programname") {
+    const std::size_t tab = rest.find('\t');
+    int index = 0;
+    if (tab == std::string::npos || !parseInt(rest.substr(0, tab), index) ||
+        index != static_cast<int>(result.programNames.size())) {
+      return false;
+    }
+    result.programNames.push_back(rest.substr(tab + 1));
+    return true;
+  }
+  if (keyword == "saved") return fromHex(rest, result.savedImage);
   if (keyword == "stats") {
     std::istringstream stream(rest);
     return static_cast<bool>(stream >> result.frames >> result.pluginCpuSeconds);

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tools/host/fx_transfer.h"
 #include "tools/host/midi_events.h"
 
 namespace vrnhost {
@@ -26,11 +27,16 @@ struct RenderJob {
   int blockSize = 512;
   double tempo = 120.0;
   bool transportPlaying = true;
-  bool zeroFrameCalls = false;  // precede each block with a 0-frame call
-  int program = -1;             // -1: keep the plug-in's current program
+  bool zeroFrameCalls = false;      // precede each block with a 0-frame call
+  FxKind loadKind = FxKind::kNone;  // a program or bank file to load first
+  FxImage loadImage;
+  int program = -1;         // -1: keep the plug-in's current program
+  std::string programName;  // empty: select no program by name
   std::vector<ParameterSetting> settings;
-  bool listParameters = false;  // report every parameter after program and settings are applied
-  std::int64_t frames = 0;      // length of the render; 0 renders nothing
+  FxKind saveKind = FxKind::kNone;  // save the state as a file image once prepared
+  bool listParameters = false;      // report every parameter after program and settings are applied
+  bool listPrograms = false;        // report every program's name
+  std::int64_t frames = 0;          // length of the render; 0 renders nothing
   std::vector<FrameMidi> events;
 };
 
@@ -45,13 +51,15 @@ struct RenderResult {
   std::int64_t frames = 0;
   double pluginCpuSeconds = 0.0;  // thread CPU time spent inside effProcessEvents and processReplacing
   std::vector<ParameterInfo> parameters;
+  std::vector<std::string> programNames;
+  FxImage savedImage;  // the state file image the job asked for
 };
 
 void writeJob(const RenderJob& job, std::ostream& out);
 // Rejects unknown keywords and malformed values, naming the line.
 bool readJob(std::istream& in, RenderJob& job, std::string& error);
 
-// The result without its samples: "param" lines and one "stats" line.
+// The result without its samples: "param", "programname" and "saved" lines and one "stats" line.
 void writeResultText(const RenderResult& result, std::ostream& out);
 // Reads one line of that form into result; false for a line of another kind.
 bool readResultLine(const std::string& line, RenderResult& result);

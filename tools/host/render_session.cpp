@@ -59,17 +59,45 @@ int findParameter(const std::string& key, const std::vector<std::string>& names)
   return -1;
 }
 
-bool RenderSession::prepare(std::string& error) {
-  driver_.open(job_.sampleRate, job_.blockSize);
-  if (job_.program >= 0) {
-    if (job_.program >= driver_.programCount()) {
-      error = "program " + std::to_string(job_.program) + " does not exist (the plug-in has " +
-              std::to_string(driver_.programCount()) + ")";
+int findProgram(const std::string& name, const std::vector<std::string>& names) {
+  const std::string wanted = trimmedLower(name);
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (trimmedLower(names[i]) == wanted) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+bool RenderSession::selectProgram(std::string& error) {
+  int program = job_.program;
+  if (!job_.programName.empty()) {
+    std::vector<std::string> names;
+    listPrograms(names);
+    program = findProgram(job_.programName, names);
+    if (program < 0) {
+      error = "no program named '" + job_.programName + "' (see --list-programs)";
       return false;
     }
-    driver_.setProgram(job_.program);
   }
-  if (job_.settings.empty()) return true;
+  if (program < 0) return true;
+  if (program >= driver_.programCount()) {
+    error = "program " + std::to_string(program) + " does not exist (the plug-in has " +
+            std::to_string(driver_.programCount()) + ")";
+    return false;
+  }
+  driver_.setProgram(program);
+  return true;
+}
+
+void RenderSession::listPrograms(std::vector<std::string>& names) {
+  names.clear();
+  for (int i = 0; i < driver_.programCount(); ++i) names.push_back(driver_.programName(i));
+}
+
+bool RenderSession::prepare(std::string& error) {
+  driver_.open(job_.sampleRate, job_.blockSize);
+  if (job_.loadKind != FxKind::kNone && !loadFxImage(driver_, job_.loadImage, job_.loadKind, error))
+    return false;
+  if (!selectProgram(error)) return false;
   std::vector<std::string> names;
   for (int i = 0; i < driver_.parameterCount(); ++i) names.push_back(driver_.parameterName(i));
   for (const ParameterSetting& setting : job_.settings) {
@@ -84,7 +112,8 @@ bool RenderSession::prepare(std::string& error) {
     }
     driver_.setParameter(index, setting.value);
   }
-  return true;
+  savedImage_.clear();
+  return job_.saveKind == FxKind::kNone || saveFxImage(driver_, job_.saveKind, savedImage_, error);
 }
 
 void RenderSession::listParameters(std::vector<ParameterInfo>& parameters) {
@@ -146,7 +175,9 @@ bool runRenderJob(const RenderJob& job, RenderResult& result, std::string& error
   if (!driver.load(job.pluginPath, error)) return false;
   RenderSession session(driver, job);
   if (!session.prepare(error)) return false;
+  result.savedImage = session.savedImage();
   if (job.listParameters) session.listParameters(result.parameters);
+  if (job.listPrograms) session.listPrograms(result.programNames);
   if (job.frames > 0) session.render(result, progress);
   driver.close();
   return true;

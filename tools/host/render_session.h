@@ -25,23 +25,32 @@ vst2::VstTimeInfo transportAt(const RenderJob& job, std::int64_t startFrame);
 // plug-in's parameter names ignoring case and surrounding spaces. -1 when nothing matches.
 int findParameter(const std::string& key, const std::vector<std::string>& names);
 
+// Finds a program by name, ignoring case and surrounding spaces; -1 when none matches.
+int findProgram(const std::string& name, const std::vector<std::string>& names);
+
 class RenderSession {
  public:
   RenderSession(PluginDriver& driver, const RenderJob& job) : driver_(driver), job_(job) {}
 
-  // Opens the plug-in at the job's rate and block size and applies program and settings.
+  // Opens the plug-in at the job's rate and block size and applies, in this order, the file to
+  // load, the program (by index or name) and the settings; then saves the state if asked to.
   bool prepare(std::string& error);
   void listParameters(std::vector<ParameterInfo>& parameters);
+  void listPrograms(std::vector<std::string>& names);
+  // The state file image the job asked for, taken at the end of prepare.
+  const FxImage& savedImage() const { return savedImage_; }
   // Starts processing, renders job.frames frames and stops again.
   void render(RenderResult& result, const ProgressFn& progress);
 
  private:
   void collectBlockEvents(std::int64_t start, int frames);
+  bool selectProgram(std::string& error);
 
   PluginDriver& driver_;
   const RenderJob& job_;
   std::size_t nextEvent_ = 0;
   std::vector<vst2::VstMidiEvent> blockEvents_;
+  FxImage savedImage_;
 };
 
 // Loads the job's plug-in, runs the job and takes the plug-in down: what one host process does.

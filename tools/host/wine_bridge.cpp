@@ -141,8 +141,10 @@ bool runJobUnderWine(const RenderJob& job, const WineSettings& settings, RenderR
 
   result = RenderResult{};
   FILE* lines = fdopen(pipeEnds[0], "r");
-  char buffer[4096];
-  while (std::fgets(buffer, sizeof(buffer), lines)) {
+  // Lines may be long (a saved bank is one line of about 94 000 hexadecimal digits).
+  char* buffer = nullptr;
+  std::size_t capacity = 0;
+  while (getline(&buffer, &capacity, lines) >= 0) {
     std::string line(buffer);
     while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();
     long long done = 0, total = 0;
@@ -152,6 +154,7 @@ bool runJobUnderWine(const RenderJob& job, const WineSettings& settings, RenderR
       readResultLine(line, result);
     }
   }
+  std::free(buffer);
   std::fclose(lines);
   int status = 0;
   waitpid(child, &status, 0);

@@ -50,6 +50,20 @@ TEST(HostOptions, DefaultsNeedOnlyThePlugin) {
   EXPECT_TRUE(parse({"--help"}, options, error));  // help needs no plug-in
 }
 
+TEST(HostOptions, ProgramFileOptions) {
+  HostOptions options;
+  std::string error;
+  ASSERT_TRUE(parse({"--load", "My Bank.FXB", "--program-name", "PAD - Warm Pad", "--save-fxp", "out.fxp",
+                     "--list-programs", "a.so"},
+                    options, error))
+      << error;
+  EXPECT_EQ(options.loadPath, "My Bank.FXB");
+  EXPECT_EQ(fxKindOfPath(options.loadPath), FxKind::kBank);
+  EXPECT_EQ(options.programName, "PAD - Warm Pad");
+  EXPECT_EQ(options.saveProgramPath, "out.fxp");
+  EXPECT_TRUE(options.listPrograms);
+}
+
 TEST(HostOptions, RefusesMistakesWithAMessage) {
   const std::vector<std::vector<std::string>> cases = {
       {},
@@ -68,6 +82,9 @@ TEST(HostOptions, RefusesMistakesWithAMessage) {
       {"--list-params=1", "a.so"},
       {"a.so", "--out"},
       {"--out", "", "a.so"},
+      {"--program", "1", "--program-name", "Init Patch", "a.so"},
+      {"--save-fxp", "a.fxp", "--save-fxb", "a.fxb", "a.so"},
+      {"--load", "bank.txt", "a.so"},
   };
   for (const auto& args : cases) {
     HostOptions options;
@@ -84,7 +101,8 @@ TEST(HostOptions, UsageListsEveryOptionAndWindowsPluginsAreRecognised) {
   std::string usage = usageText();
   for (const char* option : {"--out", "--midi", "--program", "--set", "--rate", "--block", "--tempo", "--tail",
                              "--length", "--format", "--zero-frame-calls", "--stopped", "--list-params",
-                             "--win-host", "--wine", "--quiet"}) {
+                             "--win-host", "--wine", "--quiet", "--load", "--program-name", "--save-fxp",
+                             "--save-fxb", "--list-programs"}) {
     EXPECT_NE(usage.find(option), std::string::npos) << option;
   }
   EXPECT_TRUE(isWindowsPlugin("/x/VrnZIV.DLL"));

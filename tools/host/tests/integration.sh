@@ -47,6 +47,29 @@ expect_refusal() {
   echo "ok  $description: $(cat "$stderr_file")"
 }
 
+# Program and bank files through a plug-in (.so or .dll): the bank and a program saved through the
+# plug-in's chunk load back and save again byte for byte; programs are found by name.
+check_program_files() {  # prefix plugin [vrnhost options...]
+  local prefix=$1 plugin=$2
+  shift 2
+  local dir="$OUT_DIR/$prefix-programs"
+  mkdir -p "$dir"
+  "$VRNHOST" "$@" --list-programs "$plugin" >"$dir/programs.txt"
+  [[ $(wc -l <"$dir/programs.txt") -eq 100 ]] || fail "expected 100 programs"
+  grep -q '^ 99  Init Patch$' "$dir/programs.txt" || fail "program 99 is not the Init Patch"
+  "$VRNHOST" "$@" -q --length 0.5 --out "$dir/a.wav" --save-fxb "$dir/factory.fxb" "$plugin"
+  [[ $(stat -c %s "$dir/factory.fxb") -eq 46968 ]] || fail "bank file of $(stat -c %s "$dir/factory.fxb") bytes"
+  "$VRNHOST" "$@" -q --length 0.5 --out "$dir/b.wav" --load "$dir/factory.fxb" --save-fxb "$dir/again.fxb" "$plugin"
+  cmp "$dir/factory.fxb" "$dir/again.fxb" || fail "a loaded bank saves differently"
+  "$VRNHOST" "$@" -q --length 0.5 --out "$dir/c.wav" --program-name "pad - warm pad" \
+    --set "FILTER 1: Cutoff=0.3" --save-fxp "$dir/warm.fxp" "$plugin"
+  "$VRNHOST" "$@" -q --length 0.5 --out "$dir/d.wav" --load "$dir/warm.fxp" --save-fxp "$dir/warm-again.fxp" "$plugin"
+  cmp "$dir/warm.fxp" "$dir/warm-again.fxp" || fail "a loaded program saves differently"
+  "$VRNHOST" "$@" --load "$dir/warm.fxp" --list-programs "$plugin" | head -1 | grep -q '^  0  PAD - Warm Pad$' \
+    || fail "the loaded program did not replace program 0"
+  render_and_check "$dir/render.wav" 44100 120 "$@" --load "$dir/factory.fxb" --program-name "BASS - Acid Line" "$plugin"
+}
+
 need_windows_build() {
   [[ -f "$WIN_BUILD_DIR/VrnZIV.dll" ]] || fail "no $WIN_BUILD_DIR/VrnZIV.dll; build the Windows plug-in first"
   [[ -f "$WIN_BUILD_DIR/vrnhost.exe" ]] || fail "no $WIN_BUILD_DIR/vrnhost.exe; build the Windows host first"
@@ -71,6 +94,9 @@ case "$1" in
     render_and_check "$OUT_DIR/so-options.wav" 48000 90 --rate 48000 --tempo 90 --format 24 --stopped \
       --program 5 --set "FILTER 1: Cutoff=0.3" --set 30=0.5 --block 1000 "$PLUGIN_SO"
     ;;
+  programs-so)
+    check_program_files so "$PLUGIN_SO"
+    ;;
   bad-arguments)
     echo "not a plug-in" >"$OUT_DIR/not-a-plugin.so"
     echo "not a MIDI file" >"$OUT_DIR/not-a-midi.mid"
@@ -88,6 +114,15 @@ case "$1" in
     expect_refusal "broken MIDI file" --midi "$OUT_DIR/not-a-midi.mid" "$PLUGIN_SO"
     expect_refusal "unwritable output" --out "$OUT_DIR/no/such/folder/x.wav" "$PLUGIN_SO"
     expect_refusal "missing Windows host" --win-host "$OUT_DIR/nowhere" "$OUT_DIR/missing-host/VrnZIV.dll"
+    printf 'CcnK\0\0\0\x10FBCh' >"$OUT_DIR/truncated.fxb"
+    echo "not a bank" >"$OUT_DIR/text.fxb"
+    expect_refusal "truncated bank file" --load "$OUT_DIR/truncated.fxb" "$PLUGIN_SO"
+    expect_refusal "bank file that is no bank" --load "$OUT_DIR/text.fxb" "$PLUGIN_SO"
+    expect_refusal "missing program file" --load "$OUT_DIR/missing.fxp" "$PLUGIN_SO"
+    expect_refusal "load of another file type" --load "$OUT_DIR/not-a-midi.mid" "$PLUGIN_SO"
+    expect_refusal "unknown program name" --program-name "LEAD - Nothing" "$PLUGIN_SO"
+    expect_refusal "program by index and name" --program 1 --program-name "Init Patch" "$PLUGIN_SO"
+    expect_refusal "save into a missing folder" --save-fxb "$OUT_DIR/no/such/folder/x.fxb" "$PLUGIN_SO"
     ;;
   dll-imports)
     need_windows_build
@@ -118,6 +153,14 @@ case "$1" in
   render-dll)
     need_windows_build
     render_and_check "$OUT_DIR/dll.wav" 44100 120 --win-host "$WIN_BUILD_DIR" "$WIN_BUILD_DIR/VrnZIV.dll"
+    ;;
+  programs-dll)
+    need_windows_build
+    check_program_files dll "$WIN_BUILD_DIR/VrnZIV.dll" --win-host "$WIN_BUILD_DIR"
+    if [[ -f "$OUT_DIR/so-programs/factory.fxb" ]]; then
+      cmp "$OUT_DIR/so-programs/factory.fxb" "$OUT_DIR/dll-programs/factory.fxb" \
+        || fail "the .dll's bank differs from the .so's"
+    fi
     ;;
   so-dll-agree)
     "$WAV_CHECK" --compare "$OUT_DIR/so.wav" "$OUT_DIR/dll.wav" --max-diff "$PLATFORM_MAX_DIFF"

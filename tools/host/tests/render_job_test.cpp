@@ -105,5 +105,41 @@ TEST(RenderResultText, RoundTripsParametersAndStats) {
   EXPECT_FALSE(readResultLine("wine: something else", back));
 }
 
+// Program and bank files cross to the Windows host as bytes in the job, and saved state comes
+// back as bytes in the result; every byte value must survive.
+TEST(RenderJobText, CarriesProgramFilesBothWays) {
+  RenderJob job = sampleJob();
+  job.loadKind = FxKind::kBank;
+  for (int i = 0; i < 512; ++i) job.loadImage.push_back(static_cast<std::uint8_t>(i * 7));
+  job.programName = "PAD - Warm = Pad ";
+  job.saveKind = FxKind::kProgram;
+  job.listPrograms = true;
+  std::stringstream text;
+  writeJob(job, text);
+  RenderJob back;
+  std::string error;
+  ASSERT_TRUE(readJob(text, back, error)) << error;
+  EXPECT_EQ(back.loadKind, FxKind::kBank);
+  EXPECT_EQ(back.loadImage, job.loadImage);
+  EXPECT_EQ(back.programName, job.programName);
+  EXPECT_EQ(back.saveKind, FxKind::kProgram);
+  EXPECT_TRUE(back.listPrograms);
+
+  for (const char* damaged : {"load fxz 00", "load fxb 0", "load fxb 0g", "save", "program-name "}) {
+    std::istringstream in(std::string("vrnhost-job 1\n") + damaged + "\nend\n");
+    EXPECT_FALSE(readJob(in, back, error)) << damaged;
+  }
+
+  RenderResult result;
+  result.savedImage = job.loadImage;
+  result.programNames = {"LEAD - One", "", "Init Patch"};
+  writeResultText(result, text);
+  RenderResult read;
+  std::string line;
+  while (std::getline(text, line)) readResultLine(line, read);
+  EXPECT_EQ(read.savedImage, result.savedImage);
+  EXPECT_EQ(read.programNames, result.programNames);
+}
+
 }  // namespace
 }  // namespace vrnhost
