@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/modulation/mod_routing.h"
 #include "plugin/parameter_display.h"
 
 namespace ziv {
@@ -23,18 +24,7 @@ float clampUnit(float value) {
 }  // namespace
 
 SynthEngine::SynthEngine() {
-  for (int index : paramBuildOrder()) {
-    const ParamInfo& info = paramTable()[index];
-    Parameter& p = params_[index];
-    p.info = &info;
-    p.lo.store(info.lo, std::memory_order_relaxed);
-    p.hi.store(info.hi, std::memory_order_relaxed);
-    p.display.store(info.display, std::memory_order_relaxed);
-    p.constant = info.constant;
-    const float value = normalisedDefault(info);
-    p.base.store(value, std::memory_order_relaxed);
-    p.previous = p.smoothed = p.globalValue = p.voiceValue = value;
-  }
+  for (int index : paramBuildOrder()) params_[index].describe(paramTable()[index]);
   for (Voice& v : voices_) v.setSampleRate(sampleRate_);
   mixChain_.setSampleRate(sampleRate_);
 }
@@ -113,7 +103,7 @@ void SynthEngine::startVoice(int slot, int note, const NoteChoice& choice, int u
   request.unisonIndex = unisonIndex;
   request.unisonCount = unisonCount;
   request.mode = mode;
-  request.globalLfoHold = params_[kGlobalLfoDepth].globalPhysical() * globalLfoOutput_;
+  request.globalLfoHold = globalLfo_.source(params_.data());
   request.legato = choice.legato;
   request.previous = previous;
   if (unisonCount > 1) {
@@ -166,8 +156,8 @@ void SynthEngine::allocatePolyphonic(int note, const NoteChoice& choice, int pol
   for (int slot = 0; slot < slots && placed < unison; ++slot) {
     Voice& v = voices_[slot];
     if (v.note == note) {
-      startVoice(slot, note, choice, placed++, unison, v.isSilent() ? StartMode::kFresh : StartMode::kRetrigger,
-                 previous);
+      startVoice(slot, note, choice, placed++, unison,
+                 v.isSilent() ? StartMode::kFresh : StartMode::kRetrigger, previous);
     }
   }
   // Then steal.
@@ -267,10 +257,11 @@ int SynthEngine::soundingVoiceCount() const {
   return count;
 }
 
-void SynthEngine::renderVoice(Voice& voice, float* left, float* right, int frames) {
+void SynthEngine::renderVoice(Voice& voice, float globalLfo, float* left, float* right, int frames) {
   for (int i = 0; i < kParamCount; ++i) {
     if (i != kPitchWheel && i != kModWheel) params_[i].voiceValue = params_[i].globalValue;
   }
+  applyModSource(params_.data(), ModSource::kGlobalLfo, globalLfo, ModStage::kVoice);
   voice.render(voiceBuffer_, frames, params_.data());
 
   // Output gain, ramped from where the last block ended (a fresh voice starts at its gain).
@@ -292,23 +283,32 @@ void SynthEngine::renderVoice(Voice& voice, float* left, float* right, int frame
   voice.lastOutputGain = target;
 }
 
-void SynthEngine::renderBlock(float* left, float* right, int frames, double songPositionBeats, double tempoBpm) {
-  (void)songPositionBeats;
+void SynthEngine::renderBlock(float* left, float* right, int frames, double songPositionBeats,
+                              double tempoBpm) {
   if (frames <= 0) return;
   frames = std::min(frames, kMaxBlock);
   const float dt = static_cast<float>(frames) / sampleRate_;
   clock_ += dt;
   if (clock_ > kClockWrap) clock_ = 0.0;
 
+  // Global modulation: the mod wheel moves the global values (the global LFO's rate and depth
+  // among them) before the global LFO advances.
+  applyModSource(params_.data(), ModSource::kModWheel, params_[kModWheel].smoothed, ModStage::kGlobal);
+  globalLfo_.advance(params_.data(), dt, songPositionBeats);
+  const float globalLfo = globalLfo_.source(params_.data());
+  const bool sampleAndHold = params_[kGlobalLfoSampleHold].globalStepped() != 0;
+
   std::fill(left, left + frames, 0.0f);
   std::fill(right, right + frames, 0.0f);
   bool voicesSounded = false;
   for (Voice& v : voices_) {
     if (v.isSilent()) continue;
-    renderVoice(v, left, right, frames);
+    renderVoice(v, sampleAndHold ? v.globalLfoHold : globalLfo, left, right, frames);
     v.age += dt;
     voicesSounded = true;
   }
+  // The global effects see the global LFO too (never a voice's held value).
+  applyModSource(params_.data(), ModSource::kGlobalLfo, globalLfo, ModStage::kGlobal);
 
   mixChain_.render(params_.data(), left, right, frames, tempoBpm, voicesSounded);
 

@@ -13,6 +13,7 @@
 #include "engine/dsp.h"
 #include "engine/effects/mix_chain.h"
 #include "engine/machine_listener.h"
+#include "engine/modulation/global_lfo.h"
 #include "engine/parameter.h"
 #include "engine/random.h"
 #include "engine/voice.h"
@@ -80,11 +81,13 @@ class SynthEngine {
   NoteChoice chooseGlide(int note, bool legatoMode, bool autoGlide) const;
   void startVoice(int slot, int note, const NoteChoice& choice, int unisonIndex, int unisonCount,
                   StartMode mode, const Voice* previous);
-  void allocatePolyphonic(int note, const NoteChoice& choice, int polyphony, int unison, const Voice* previous);
+  void allocatePolyphonic(int note, const NoteChoice& choice, int polyphony, int unison,
+                          const Voice* previous);
   void allocateMonophonic(int note, const NoteChoice& choice, int unison, bool legatoMode);
   int chooseVictim(int slots) const;
   void removeHeld(int note, bool* removed);
-  void renderVoice(Voice& voice, float* left, float* right, int frames);
+  // Renders one voice into the sum; globalLfo is the global LFO's routing source for it.
+  void renderVoice(Voice& voice, float globalLfo, float* left, float* right, int frames);
 
   std::array<Parameter, kParamCount> params_;
   std::array<Voice, kVoiceCount> voices_;
@@ -95,7 +98,7 @@ class SynthEngine {
   int lastVoice_ = 0;
   float sampleRate_ = 44100.0f;
   double clock_ = 0.0;
-  float globalLfoOutput_ = 0.0f;
+  GlobalLfo globalLfo_;
   Random random_;
   MixChain mixChain_;
   MachineListener* listener_ = nullptr;

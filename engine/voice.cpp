@@ -11,21 +11,6 @@ namespace {
 // Glides shorter than this many squared seconds jump straight to the note.
 constexpr float kGlideThreshold = 1e-6f;
 
-EnvelopeTimes envelopeTimes(const Parameter* params, int attack, float decayScale, float releaseScale,
-                            bool squaredSustain, bool linear) {
-  const float a = params[attack].voiceValue;
-  const float d = params[attack + 1].voiceValue;
-  const float s = params[attack + 2].voiceValue;
-  const float r = params[attack + 3].voiceValue;
-  EnvelopeTimes times;
-  times.attack = 4.0f * a * a * a;
-  times.decay = decayScale * d * d;
-  times.sustain = squaredSustain ? s * s : s;
-  times.release = releaseScale * r * r;
-  times.linear = linear;
-  return times;
-}
-
 }  // namespace
 
 void Voice::setSampleRate(float rate) {
@@ -58,20 +43,21 @@ void Voice::start(const VoiceStart& request) {
   }
 
   if (request.legato && request.previous != nullptr) {
-    // Glide on from the previous voice without retriggering its envelopes.
+    // Glide on from the previous voice without retriggering its envelopes or its LFO.
     ampEnvelope = request.previous->ampEnvelope;
     filterEnvelope = request.previous->filterEnvelope;
-    modEnvelope = request.previous->modEnvelope;
+    modulation = request.previous->modulation;
     globalLfoHold = request.previous->globalLfoHold;
   } else if (request.mode == StartMode::kLegato) {
     restartEnvelopeFromLevel(ampEnvelope);
     restartEnvelopeFromLevel(filterEnvelope);
-    restartEnvelopeFromLevel(modEnvelope);
+    restartEnvelopeFromLevel(modulation.modEnvelope);
     return;
   } else {
     ampEnvelope.clear();
     filterEnvelope.clear();
-    modEnvelope.clear();
+    modulation.modEnvelope.clear();
+    modulation.lfo.restart();  // a triggered LFO
   }
 
   chain_.restart(request.noiseSeed);
@@ -84,13 +70,13 @@ void Voice::start(const VoiceStart& request) {
 void Voice::release() {
   releaseEnvelope(ampEnvelope);
   releaseEnvelope(filterEnvelope);
-  releaseEnvelope(modEnvelope);
+  releaseEnvelope(modulation.modEnvelope);
 }
 
 void Voice::kill() {
   ampEnvelope = EnvelopeState{};
   filterEnvelope = EnvelopeState{};
-  modEnvelope = EnvelopeState{};
+  modulation.modEnvelope = EnvelopeState{};
   lastOutputGain = -1.0f;
   const int seeds[VoiceChain::kOscillators] = {};
   chain_.restart(seeds);
@@ -100,9 +86,12 @@ bool Voice::isSilent() const {
   return ampEnvelope.stage == kStageFinished && ampEnvelope.level <= kSilence && chain_.filtersSilent();
 }
 
+float Voice::pitchBend(const Parameter* params) {
+  return params[kPitchBendRange].voicePhysical() * params[kPitchWheel].globalPhysical();
+}
+
 float Voice::soundingPitch(const Parameter* params) const {
-  return pitch + params[kPitchBendRange].voicePhysical() * params[kPitchWheel].globalPhysical() +
-         params[kVoicePitch].voicePhysical() * 24.0f +
+  return pitch + pitchBend(params) + params[kVoicePitch].voicePhysical() * 24.0f +
          0.5f * unisonPosition * params[kUnisonDetune].voiceValue;
 }
 
@@ -121,15 +110,12 @@ void Voice::glide(float dt, const Parameter* params) {
   }
 }
 
-void Voice::advanceEnvelopes(float dt, const Parameter* params) {
-  advanceEnvelope(filterEnvelope, dt, envelopeTimes(params, kFilterEnvAttack, 10.0f, 10.0f, true, false));
-  advanceEnvelope(modEnvelope, dt, envelopeTimes(params, kModEnvAttack, 5.0f, 5.0f, false, true));
-}
-
-void Voice::render(float* out, int frames, const Parameter* params) {
+void Voice::render(float* out, int frames, Parameter* params) {
   const float dt = static_cast<float>(frames) / sampleRate_;
+  // Modulation first: it may move the glide time and the envelopes' times.
+  modulation.apply(params, velocity, pitch + pitchBend(params), dt);
   glide(dt, params);
-  advanceEnvelopes(dt, params);
+  advanceEnvelope(filterEnvelope, dt, filterEnvelopeTimes(params));
 
   // The oscillators: an instant attack starts them at full level; once the amplitude envelope
   // has finished they fade out so the filters can ring down and the voice become silent.
@@ -141,17 +127,8 @@ void Voice::render(float* out, int frames, const Parameter* params) {
   chain.sourcesOn = ampEnvelope.stage != kStageFinished;
   chain_.render(out, frames, params, chain);
 
-  // The amplitude envelope: a straight gain ramp from the level at the block's start to the
-  // level at its end.
-  const float startLevel = ampEnvelope.level;
-  const float endLevel =
-      advanceEnvelope(ampEnvelope, dt, envelopeTimes(params, kAmpEnvAttack, 10.0f, 10.0f, true, false));
-  const float step = (endLevel - startLevel) / static_cast<float>(frames);
-  float gain = startLevel;
-  for (int i = 0; i < frames; ++i) {
-    gain += step;
-    out[i] *= gain;
-  }
+  // The amplitude envelope, cut where its stages change so that they land on their samples.
+  applyEnvelopeGain(ampEnvelope, ampEnvelopeTimes(params), out, frames, sampleRate_);
 }
 
 }  // namespace ziv

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "engine/envelope.h"
+#include "engine/modulation/voice_modulation.h"
 #include "engine/parameter.h"
 #include "engine/voice_chain.h"
 
@@ -47,7 +48,7 @@ struct Voice {
 
   EnvelopeState ampEnvelope;
   EnvelopeState filterEnvelope;
-  EnvelopeState modEnvelope;
+  VoiceModulation modulation;  // the mod envelope and the voice LFO
 
   void setSampleRate(float rate);
   void start(const VoiceStart& request);
@@ -60,15 +61,17 @@ struct Voice {
   bool held() const { return ampEnvelope.held(); }
   bool isSilent() const;
 
-  // Renders `frames` samples into `out` (overwriting it) from the parameters' voice values.
-  void render(float* out, int frames, const Parameter* params);
+  // Renders `frames` samples into `out` (overwriting it). Applies the voice's own modulation to
+  // the parameters' voice values first, then renders from them.
+  void render(float* out, int frames, Parameter* params);
 
   // The sounding pitch in semitones before the per-oscillator offsets.
   float soundingPitch(const Parameter* params) const;
 
  private:
   void glide(float dt, const Parameter* params);
-  void advanceEnvelopes(float dt, const Parameter* params);
+  // Semitones of the pitch wheel: its bend range times its position.
+  static float pitchBend(const Parameter* params);
 
   float sampleRate_ = 44100.0f;
   VoiceChain chain_;

@@ -1,0 +1,162 @@
+// Envelopes, wheels and modulation heard through the whole instance: envelope times measured
+// from rendered audio, no clicks at stage changes, and the wheels reaching the pitch.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "engine/modulation/mod_routing.h"
+#include "test_host.h"
+
+namespace ziv {
+namespace {
+
+using testing::TestHost;
+
+constexpr float kRate = 44100.0f;
+constexpr int kBlock = 128;
+
+void setPhysical(TestHost& host, int index, float physical) {
+  const Parameter& p = host.engine().parameter(index);
+  const float lo = static_cast<float>(p.lo.load()), hi = static_cast<float>(p.hi.load());
+  host.plugin().setParameter(index, (physical - lo) / (hi - lo));
+}
+
+// Every parameter at its default, then a near-sine: the sub oscillator at shape 0.25 alone, filters
+// open, no effects.
+void sinePatch(TestHost& host) {
+  for (int i = 0; i < kHostParamCount; ++i) host.plugin().setParameter(i, normalisedDefault(paramTable()[i]));
+  setPhysical(host, kOsc1Gain, 0.0f);
+  setPhysical(host, kSubGain, 1.0f);
+  setPhysical(host, kSubShape, 0.25f);
+  setPhysical(host, kSubOctave, 0.0f);
+  for (int cutoff : {kFilter1Cutoff, kFilter2Cutoff}) setPhysical(host, cutoff, 1.0f);
+  for (int amount : {kFilter1EnvAmt, kFilter2EnvAmt, kFilter1KeyTracking, kFilter2KeyTracking})
+    setPhysical(host, amount, 0.0f);
+  host.process(kBlock);  // the new values become the block's starting values
+}
+
+std::vector<float> play(TestHost& host, double seconds) {
+  std::vector<float> out;
+  const int blocks = static_cast<int>(seconds * kRate / kBlock);
+  for (int b = 0; b < blocks; ++b) {
+    host.process(kBlock);
+    out.insert(out.end(), host.left.begin(), host.left.end());
+  }
+  return out;
+}
+
+// Peak level in each window of `window` samples (the envelope of a steady tone).
+std::vector<float> envelopeOf(const std::vector<float>& x, int window) {
+  std::vector<float> peaks;
+  for (std::size_t i = 0; i + window <= x.size(); i += window) {
+    float peak = 0.0f;
+    for (int k = 0; k < window; ++k) peak = std::max(peak, std::fabs(x[i + k]));
+    peaks.push_back(peak);
+  }
+  return peaks;
+}
+
+double fundamentalHz(const std::vector<float>& x) {
+  double first = -1.0, last = -1.0;
+  int crossings = 0;
+  for (std::size_t i = x.size() / 2; i + 1 < x.size(); ++i) {
+    if (x[i] < 0.0f && x[i + 1] >= 0.0f) {
+      const double t = i + x[i] / static_cast<double>(x[i] - x[i + 1]);
+      if (first < 0.0) first = t;
+      last = t;
+      ++crossings;
+    }
+  }
+  return crossings > 1 ? (crossings - 1) * kRate / (last - first) : 0.0;
+}
+
+TEST(EnvelopeSound, AttackDecayAndReleaseTakeTheirTimes) {
+  TestHost host;
+  sinePatch(host);
+  // Attack 4 x 0.5^3 = 0.5 s; decay 10 x 0.2^2 = 0.4 s to sustain 0.6^2 = 0.36; release 10 x 0.3^2 = 0.9 s.
+  setPhysical(host, kAmpEnvAttack, 0.5f);
+  setPhysical(host, kAmpEnvDecay, 0.2f);
+  setPhysical(host, kAmpEnvSustain, 0.6f);
+  setPhysical(host, kAmpEnvRelease, 0.3f);
+  host.noteOn(0, 69);
+  std::vector<float> held = play(host, 1.5);
+  host.noteOff(0, 69);
+  const std::vector<float> released = play(host, 1.2);
+
+  constexpr int kWindow = 110;  // a period of the 440 Hz tone, 2.5 ms
+  const std::vector<float> env = envelopeOf(held, kWindow);
+  const float peak = *std::max_element(env.begin(), env.end());
+  const double peakSeconds = (std::max_element(env.begin(), env.end()) - env.begin()) * kWindow / kRate;
+  EXPECT_NEAR(peakSeconds, 0.5, kBlock / kRate + kWindow / kRate);
+  EXPECT_NEAR(env[static_cast<int>(0.25 * kRate / kWindow)] / peak, 0.5f, 0.02f) << "a straight attack";
+  // One tenth into the decay the curve has fallen by 1 - e^-1 of its way to the sustain level.
+  const float tenth = env[static_cast<int>(0.54 * kRate / kWindow)] / peak;
+  EXPECT_NEAR(tenth, 0.36f + 0.64f * std::exp(-1.0f), 0.02f);
+  EXPECT_NEAR(env[static_cast<int>(1.2 * kRate / kWindow)] / peak, 0.36f, 0.01f) << "sustain level";
+
+  const std::vector<float> tail = envelopeOf(released, kWindow);
+  EXPECT_NEAR(tail[static_cast<int>(0.09 * kRate / kWindow)] / peak, 0.36f * std::exp(-1.0f), 0.02f);
+  // The curve ends at e^-10 of its span and then drops to silence: after 0.9 s, give or take a
+  // block, and the voice is free again.
+  const auto silentFrom =
+      std::find_if(tail.begin(), tail.end(), [&](float level) { return level < 1e-6f * peak; });
+  EXPECT_NEAR((silentFrom - tail.begin()) * kWindow / kRate, 0.9, 0.01);
+  EXPECT_EQ(host.engine().soundingVoiceCount(), 0);
+}
+
+TEST(EnvelopeSound, StageChangesDoNotClick) {
+  // A fast envelope (4 ms attack, 40 ms decay, 20 ms release) on a 440 Hz sine: no sample may
+  // step further than the sine's own slope plus the attack's.
+  TestHost host;
+  sinePatch(host);
+  setPhysical(host, kAmpEnvAttack, 0.1f);
+  setPhysical(host, kAmpEnvDecay, 0.063f);
+  setPhysical(host, kAmpEnvSustain, 0.5f);
+  setPhysical(host, kAmpEnvRelease, 0.045f);
+  host.noteOn(37, 69);  // mid-block: the envelope still starts at a sub-block start
+  std::vector<float> out = play(host, 0.2);
+  host.noteOff(50, 69);
+  const std::vector<float> tail = play(host, 0.1);
+  out.insert(out.end(), tail.begin(), tail.end());
+
+  float peak = 0.0f, largestStep = 0.0f;
+  for (std::size_t i = 1; i < out.size(); ++i) {
+    peak = std::max(peak, std::fabs(out[i]));
+    largestStep = std::max(largestStep, std::fabs(out[i] - out[i - 1]));
+  }
+  const float sineSlope = 2.0f * kPi * 440.0f / kRate;
+  const float attackSlope = 1.0f / (0.004f * kRate);
+  EXPECT_GT(peak, 0.05f);
+  EXPECT_LT(largestStep, 1.1f * peak * (sineSlope + attackSlope));
+}
+
+TEST(WheelSound, PitchWheelAndModWheelReachThePitch) {
+  TestHost host;
+  sinePatch(host);
+  setPhysical(host, kAmpEnvAttack, 0.0f);
+  setPhysical(host, kAmpEnvSustain, 1.0f);
+  setPhysical(host, kPitchBendRange, 12.0f);
+  host.noteOn(0, 57);
+  EXPECT_NEAR(fundamentalHz(play(host, 0.3)), 220.0, 0.5);
+
+  host.midi(0, 0xE0, 0x7f, 0x7f);  // full bend up: one octave at a range of 12
+  EXPECT_NEAR(fundamentalHz(play(host, 0.3)), 220.0 * std::pow(2.0, 8191.0 / 8192.0), 1.0);
+  host.midi(0, 0xE0, 0x00, 0x40);  // centre
+
+  // The mod wheel moves "VOICE: Pitch" with the cube of its amount: 0.5^3 of the entry's range of
+  // 2 x 24 semitones at full wheel is 6 semitones.
+  const ModTargetList list = modTargets(ModSource::kModWheel);
+  const int position =
+      static_cast<int>(std::find(list.targets, list.targets + list.count, kVoicePitch) - list.targets);
+  host.plugin().setParameter(kModWheelTarget1, static_cast<float>(position) / (list.count - 1));
+  setPhysical(host, kModWheelAmt1, 0.5f);
+  host.controller(0, 1, 127);
+  EXPECT_NEAR(fundamentalHz(play(host, 0.3)), 220.0 * std::pow(2.0, 0.5), 1.0);
+  host.controller(0, 1, 0);
+  EXPECT_NEAR(fundamentalHz(play(host, 0.3)), 220.0, 0.5);
+}
+
+}  // namespace
+}  // namespace ziv
