@@ -6,6 +6,7 @@
 #include <cmath>
 #include <vector>
 
+#include "engine/modulation/lfo.h"
 #include "engine/modulation/mod_routing.h"
 #include "test_host.h"
 
@@ -156,6 +157,46 @@ TEST(WheelSound, PitchWheelAndModWheelReachThePitch) {
   EXPECT_NEAR(fundamentalHz(play(host, 0.3)), 220.0 * std::pow(2.0, 0.5), 1.0);
   host.controller(0, 1, 0);
   EXPECT_NEAR(fundamentalHz(play(host, 0.3)), 220.0, 0.5);
+}
+
+TEST(GlobalLfoSound, SampleAndHoldKeepsEachVoiceAtItsNoteOnValue) {
+  // The global LFO, synced to one bar as a square, opens or shuts "VOICE: Gain" (+1 in the first
+  // half bar, silence in the second). A note struck in the first half keeps sounding through the
+  // second only with S/H on.
+  for (bool sampleAndHold : {false, true}) {
+    TestHost host;
+    sinePatch(host);
+    SynthEngine& engine = host.engine();
+    const ModTargetList list = modTargets(ModSource::kGlobalLfo);
+    const int position =
+        static_cast<int>(std::find(list.targets, list.targets + list.count, kVoiceGain) - list.targets);
+    engine.setParameter(kGlobalLfoTarget1, static_cast<float>(position) / (list.count - 1), false);
+    setPhysical(host, kGlobalLfoAmt1, 1.0f);
+    setPhysical(host, kGlobalLfoDepth, 1.0f);
+    setPhysical(host, kGlobalLfoSync, 1.0f);
+    setPhysical(host, kGlobalLfoRate, 8.0f);  // one bar
+    setPhysical(host, kGlobalLfoWaveform, static_cast<float>(kLfoSquare));
+    setPhysical(host, kGlobalLfoSampleHold, sampleAndHold ? 1.0f : 0.0f);
+    setPhysical(host, kAmpEnvAttack, 0.0f);
+    setPhysical(host, kAmpEnvSustain, 1.0f);
+    engine.smoothParameters(1.0f);
+    engine.endProcess();
+
+    std::vector<float> left(kBlock), right(kBlock);
+    engine.renderBlock(left.data(), right.data(), kBlock, 0.5, 120.0);  // first half bar: +1
+    engine.noteOn(69, 1.0f);
+    float loudest = 0.0f;
+    for (int block = 0; block < 20; ++block) {
+      engine.smoothParameters(1.0f);
+      engine.renderBlock(left.data(), right.data(), kBlock, 3.0, 120.0);  // second half bar: -1
+      for (float x : left) loudest = std::max(loudest, std::fabs(x));
+    }
+    if (sampleAndHold) {
+      EXPECT_GT(loudest, 0.1f) << "held at the +1 it had at note on";
+    } else {
+      EXPECT_EQ(loudest, 0.0f) << "follows the LFO into silence";
+    }
+  }
 }
 
 }  // namespace
