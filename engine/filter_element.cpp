@@ -148,7 +148,9 @@ void FilterElement::render(float* buf, int frames, int shape, float freqHz, floa
   for (; i < frames; ++i) {
     b0 += db0, b1 += db1, b2 += db2, a1 += da1, a2 += da2;
     const double x = buf[i];
-    const double y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
+    // Everything but the a1 y1 term is summed first, so the recursion's critical path per sample
+    // is one multiply and one subtract.
+    const double y = (b0 * x + b1 * x1 + b2 * x2 - a2 * y2) - a1 * y1;
     x2 = x1, x1 = x, y2 = y1, y1 = y;
     buf[i] = static_cast<float>(y);
   }

@@ -35,7 +35,6 @@ constexpr double kCrushMinLevels = 2.0;   // at drive 1
 // Clip curve: u - 4u^3/27 up to the knee at 1.5 (slope 1 at 0, slope 0 and value 1 at the knee).
 constexpr double kClipKnee = 1.5;
 constexpr double kClipCubic = 4.0 / 27.0;
-constexpr double kClipTailOffset = kClipKnee * kClipKnee / 2.0 - kClipCubic / 4.0 * 81.0 / 16.0 - kClipKnee;
 
 // Fold curve: a triangle of period 4 through the origin with slope 1.
 constexpr double kFoldPeriod = 4.0;
@@ -94,7 +93,7 @@ Shaper::Curve Shaper::curveFor(int mode, float drive) {
   }
 }
 
-double Shaper::shape(int mode, double u) {
+inline double Shaper::shape(int mode, double u) {
   switch (mode) {
     case kShaperSine:
       return sinCycles(u / kTwoPiD);
@@ -113,7 +112,7 @@ double Shaper::shape(int mode, double u) {
 }
 
 // Antiderivatives of the curves above, each 0 at u = 0.
-double Shaper::antiderivative(int mode, double u) {
+inline double Shaper::antiderivative(int mode, double u) {
   switch (mode) {
     case kShaperSine:
       return 1.0 - cosCycles(u / kTwoPiD);
@@ -126,10 +125,12 @@ double Shaper::antiderivative(int mode, double u) {
       return g + 0.5;  // G(1) = -0.5 at u = 0
     }
     default: {
+      // Beyond the knee the curve is flat at 1, so the integral grows by the distance past it.
+      // Written without a branch: the signal crosses the knee too often for prediction.
       const double a = std::fabs(u);
-      if (a >= kClipKnee) return a + kClipTailOffset;
-      const double u2 = u * u;
-      return 0.5 * u2 - 0.25 * kClipCubic * u2 * u2;
+      const double c = std::min(a, kClipKnee);
+      const double c2 = c * c;
+      return 0.5 * c2 - 0.25 * kClipCubic * c2 * c2 + (a - c);
     }
   }
 }
@@ -140,20 +141,24 @@ void Shaper::pushInput(float x) {
   inputPos_ = (inputPos_ + 1) & (kHistory - 1);
 }
 
-double Shaper::processWet(int mode, double gain0, double gain1, double outputGain) {
+template <int kMode>
+[[gnu::always_inline]] inline double Shaper::processWet(double gain0, double gain1, double outputGain) {
   // Window over the input history, newest sample at x[0], older ones at x[-1], x[-2], ..
+  // Both FIRs are symmetric (linear phase), so mirrored taps share one multiplication.
   const float* x = input_ + ((inputPos_ - 1) & (kHistory - 1)) + kHistory;
-  double even = 0.0, odd = 0.0;
-  for (int j = 0; j < kUpEvenTaps; ++j) even += kUp[2 * j] * x[-j];
-  for (int j = 0; j < kUpOddTaps; ++j) odd += kUp[2 * j + 1] * x[-j];
+  const double even = kUp[0] * (static_cast<double>(x[0]) + x[-5]) +
+                      kUp[2] * (static_cast<double>(x[-1]) + x[-4]) +
+                      kUp[4] * (static_cast<double>(x[-2]) + x[-3]);
+  const double odd = kUp[1] * (static_cast<double>(x[0]) + x[-4]) +
+                     kUp[3] * (static_cast<double>(x[-1]) + x[-3]) + kUp[5] * x[-2];
   const double u[2] = {kUpGain * gain0 * even, kUpGain * gain1 * odd};
 
   double decimated = 0.0;
   for (int phase = 0; phase < 2; ++phase) {
-    const double f = antiderivative(mode, u[phase]);
+    const double f = antiderivative(kMode, u[phase]);
     const double du = u[phase] - lastU_;
     const double y =
-        std::fabs(du) > kAdaaMinStep ? (f - lastF_) / du : shape(mode, 0.5 * (u[phase] + lastU_));
+        std::fabs(du) > kAdaaMinStep ? (f - lastF_) / du : shape(kMode, 0.5 * (u[phase] + lastU_));
     lastU_ = u[phase];
     lastF_ = f;
     wet_[wetPos_] = y;
@@ -161,12 +166,50 @@ double Shaper::processWet(int mode, double gain0, double gain1, double outputGai
     if (phase == 0) {
       // The decimated sample is taken at the even double-rate instant, which puts the whole
       // chain's delay at exactly 14 double-rate samples.
+      // The older taps go into three independent partial sums, which the processor overlaps, and
+      // the tap of the sample just computed comes last, so the antiderivative's division is not
+      // followed by a long chain of dependent additions.
       const double* w = wet_ + wetPos_ + kWetHistory;
-      for (int k = 0; k < kDownTaps; ++k) decimated += kDown[k] * w[-k];
+      double partial[3] = {0.0, 0.0, 0.0};
+      for (int k = 1; k < kDownTaps / 2; ++k) partial[k % 3] += kDown[k] * (w[-k] + w[k + 1 - kDownTaps]);
+      decimated = (partial[0] + partial[1] + partial[2]) + kDown[0] * (w[0] + w[1 - kDownTaps]);
     }
     wetPos_ = (wetPos_ + 1) & (kWetHistory - 1);
   }
   return decimated * outputGain;
+}
+
+template <int kMode>
+void Shaper::renderWet(float* buf, int frames, const Curve& from, const Curve& to, float mix0, float mix) {
+  if (!wetRunning_) {
+    // Re-prime the chain over the recent input so it continues as if it had never stopped.
+    std::fill(std::begin(wet_), std::end(wet_), 0.0);
+    lastU_ = 0.0;
+    lastF_ = 0.0;
+    const int savedPos = inputPos_;
+    for (int k = kPrimeSamples - 1; k >= 0; --k) {
+      inputPos_ = (savedPos - k) & (kHistory - 1);
+      processWet<kMode>(from.inputGain, from.inputGain, from.outputGain);
+    }
+    inputPos_ = savedPos;
+    wetRunning_ = true;
+  }
+
+  const double inv = 1.0 / frames;
+  const double dGain = (to.inputGain - from.inputGain) * inv;
+  const double dOut = (to.outputGain - from.outputGain) * inv;
+  const double dMix = (static_cast<double>(mix) - mix0) * inv;
+  double gain = from.inputGain, out = from.outputGain, m = mix0;
+  for (int i = 0; i < frames; ++i) {
+    pushInput(buf[i]);
+    const double gainMid = gain + 0.5 * dGain;
+    gain += dGain;
+    out += dOut;
+    m += dMix;
+    const double wet = processWet<kMode>(gainMid, gain, out);
+    const double dry = input_[((inputPos_ - 1 - kLatency) & (kHistory - 1)) + kHistory];
+    buf[i] = static_cast<float>(dry + (wet - dry) * m);
+  }
 }
 
 void Shaper::render(float* buf, int frames, int mode, float drive, float mix) {
@@ -200,34 +243,19 @@ void Shaper::render(float* buf, int frames, int mode, float drive, float mix) {
     }
     return;
   }
-  if (!wetRunning_) {
-    // Re-prime the chain over the recent input so it continues as if it had never stopped.
-    std::fill(std::begin(wet_), std::end(wet_), 0.0);
-    lastU_ = 0.0;
-    lastF_ = 0.0;
-    const int savedPos = inputPos_;
-    for (int k = kPrimeSamples - 1; k >= 0; --k) {
-      inputPos_ = (savedPos - k) & (kHistory - 1);
-      processWet(mode, from.inputGain, from.inputGain, from.outputGain);
-    }
-    inputPos_ = savedPos;
-    wetRunning_ = true;
-  }
-
-  const double inv = 1.0 / frames;
-  const double dGain = (to.inputGain - from.inputGain) * inv;
-  const double dOut = (to.outputGain - from.outputGain) * inv;
-  const double dMix = (static_cast<double>(mix) - mix0) * inv;
-  double gain = from.inputGain, out = from.outputGain, m = mix0;
-  for (int i = 0; i < frames; ++i) {
-    pushInput(buf[i]);
-    const double gainMid = gain + 0.5 * dGain;
-    gain += dGain;
-    out += dOut;
-    m += dMix;
-    const double wet = processWet(mode, gainMid, gain, out);
-    const double dry = input_[((inputPos_ - 1 - kLatency) & (kHistory - 1)) + kHistory];
-    buf[i] = static_cast<float>(dry + (wet - dry) * m);
+  switch (mode) {
+    case kShaperSine:
+      renderWet<kShaperSine>(buf, frames, from, to, mix0, mix);
+      break;
+    case kShaperCrush:
+      renderWet<kShaperCrush>(buf, frames, from, to, mix0, mix);
+      break;
+    case kShaperFold:
+      renderWet<kShaperFold>(buf, frames, from, to, mix0, mix);
+      break;
+    default:
+      renderWet<kShaperClip>(buf, frames, from, to, mix0, mix);
+      break;
   }
 }
 

@@ -66,8 +66,13 @@ class Shaper {
   static double antiderivative(int mode, double u);
 
   // Runs one base-rate input sample through the double-rate chain and returns the decimated wet
-  // sample; gain0/gain1 are the input gains of its two double-rate samples.
-  double processWet(int mode, double gain0, double gain1, double outputGain);
+  // sample; gain0/gain1 are the input gains of its two double-rate samples. The curve is a
+  // template argument so that each mode's loop is compiled with its curve inlined.
+  template <int kMode>
+  [[gnu::always_inline]] double processWet(double gain0, double gain1, double outputGain);
+  // The shaped (mix above 0) path over one block, re-priming the chain first after a bypass.
+  template <int kMode>
+  void renderWet(float* buf, int frames, const Curve& from, const Curve& to, float mix0, float mix);
   void pushInput(float x);
 
   float sampleRate_ = 44100.0f;

@@ -58,6 +58,7 @@ void VoiceChain::restart(const int noiseSeed[kOscillators]) {
   filter1_.reset();
   shaper_.reset();
   filter2_.reset();
+  filtersSilent_ = true;
   for (int n = 0; n < kOscillators; ++n) noise_[n].start(noiseSeed[n]);
 }
 
@@ -95,6 +96,7 @@ void VoiceChain::render(float* out, int frames, const Parameter* params, const V
   shaper_.render(out, frames, params[kShaperMode].voiceStepped(), params[kShaperDrive].voiceValue,
                  params[kShaperMix].voiceValue);
   filter2_.render(out, frames, filterInput(params, kFilter2Params, in));
+  filtersSilent_ = filter1_.isSilent() && filter2_.isSilent();
 }
 
 }  // namespace ziv

@@ -43,10 +43,12 @@ class VoiceChain {
   // Renders `frames` samples into out, overwriting it.
   void render(float* out, int frames, const Parameter* params, const VoiceChainInput& in);
 
-  // Both filters' recent outputs are at or below the silence threshold.
-  bool filtersSilent() const { return filter1_.isSilent() && filter2_.isSilent(); }
+  // Both filters' recent outputs are at or below the silence threshold. Kept as a flag, updated
+  // by every render and restart: the engine asks this of all 64 voices every block.
+  bool filtersSilent() const { return filtersSilent_; }
 
  private:
+  bool filtersSilent_ = true;
   SawPulseOscillator osc_[kOscillators];
   NoiseOscillator noise_[kOscillators];
   SubOscillator sub_;

@@ -42,20 +42,29 @@ void SubOscillator::render(float* out, int frames, float pitch, float gain, floa
     return;
   }
 
+  // The cubic of each quarter cycle, y = c0 + c1 t + c2 t^2 + c3 t^3, depends on the shape
+  // only: worked out once per block.
   const float tangent = kTwoPi * shape;
-  double phase = phase_, f = f0, g = g0;
-  for (int i = 0; i < frames; ++i) {
-    const float x = kSegments * static_cast<float>(phase);
-    const float segment = std::floor(x);
-    const float t = x - segment;
-    const int s = static_cast<int>(segment) & (kSegments - 1);
+  float cubic[kSegments][4];
+  for (int s = 0; s < kSegments; ++s) {
     const float p0 = kPoints[s];
     const float p1 = kPoints[(s + 1) & (kSegments - 1)];
     const float m0 = tangent * p1;
     const float m1 = tangent * kPoints[(s + 2) & (kSegments - 1)];
-    const float y =
-        p0 +
-        t * (m0 + t * ((3.0f * p1 - 3.0f * p0 - 2.0f * m0 - m1) + t * (2.0f * p0 - 2.0f * p1 + m0 + m1)));
+    cubic[s][0] = p0;
+    cubic[s][1] = m0;
+    cubic[s][2] = 3.0f * p1 - 3.0f * p0 - 2.0f * m0 - m1;
+    cubic[s][3] = 2.0f * p0 - 2.0f * p1 + m0 + m1;
+  }
+
+  double phase = phase_, f = f0, g = g0;
+  for (int i = 0; i < frames; ++i) {
+    // The phase is never negative, so truncation is the floor (and far cheaper than floorf).
+    const float x = kSegments * static_cast<float>(phase);
+    const int segment = static_cast<int>(x);
+    const float t = x - static_cast<float>(segment);
+    const float* c = cubic[segment & (kSegments - 1)];
+    const float y = c[0] + t * (c[1] + t * (c[2] + t * c[3]));
     out[i] += static_cast<float>(g * y);
     g += dG;
     f += dF;
