@@ -21,8 +21,6 @@ constexpr double kDown[18] = {
     -1.630592683e-02, -1.249457118e-02, 2.212383560e-02, 3.792964395e-02, -1.565851019e-02, -8.201119168e-02,
     -2.451394752e-02, 1.911067092e-01,  3.998239587e-01, 3.998239587e-01, 1.911067092e-01,  -2.451394752e-02,
     -8.201119168e-02, -1.565851019e-02, 3.792964395e-02, 2.212383560e-02, -1.249457118e-02, -1.630592683e-02};
-constexpr int kUpEvenTaps = 6;   // taps 0, 2, .. 10
-constexpr int kUpOddTaps = 5;    // taps 1, 3, .. 9
 constexpr double kUpGain = 2.0;  // zero-stuffing halves the level
 
 // Drive ranges (drive 0 .. 1 maps exponentially between the two ends).
@@ -67,9 +65,8 @@ double cosCycles(double t) {
 
 void Shaper::reset() {
   std::fill(std::begin(input_), std::end(input_), 0.0f);
-  std::fill(std::begin(wet_), std::end(wet_), 0.0);
+  std::fill(std::begin(wetHistory_), std::end(wetHistory_), 0.0);
   inputPos_ = 0;
-  wetPos_ = 0;
   lastU_ = 0.0;
   lastF_ = 0.0;
   started_ = false;
@@ -93,45 +90,59 @@ Shaper::Curve Shaper::curveFor(int mode, float drive) {
   }
 }
 
-inline double Shaper::shape(int mode, double u) {
-  switch (mode) {
-    case kShaperSine:
-      return sinCycles(u / kTwoPiD);
-    case kShaperCrush:
-      return u - sinCycles(u) / kTwoPiD;
-    case kShaperFold: {
-      const double s = u + 1.0 - kFoldPeriod * std::floor((u + 1.0) / kFoldPeriod);  // 0 .. 4
-      return s <= 2.0 ? s - 1.0 : 3.0 - s;
-    }
-    default: {
-      if (u >= kClipKnee) return 1.0;
-      if (u <= -kClipKnee) return -1.0;
-      return u - kClipCubic * u * u * u;
-    }
+namespace {
+
+// The four curves, one instantiation per mode so the span loops inline (and vectorise) them.
+template <int kMode>
+double curve(double u) {
+  if constexpr (kMode == kShaperSine) {
+    return sinCycles(u / kTwoPiD);
+  } else if constexpr (kMode == kShaperCrush) {
+    return u - sinCycles(u) / kTwoPiD;
+  } else if constexpr (kMode == kShaperFold) {
+    const double s = u + 1.0 - kFoldPeriod * std::floor((u + 1.0) / kFoldPeriod);  // 0 .. 4
+    return s <= 2.0 ? s - 1.0 : 3.0 - s;
+  } else {
+    if (u >= kClipKnee) return 1.0;
+    if (u <= -kClipKnee) return -1.0;
+    return u - kClipCubic * u * u * u;
   }
 }
 
 // Antiderivatives of the curves above, each 0 at u = 0.
-inline double Shaper::antiderivative(int mode, double u) {
+template <int kMode>
+double curveIntegral(double u) {
+  if constexpr (kMode == kShaperSine) {
+    return 1.0 - cosCycles(u / kTwoPiD);
+  } else if constexpr (kMode == kShaperCrush) {
+    return 0.5 * u * u + (cosCycles(u) - 1.0) / (kTwoPiD * kTwoPiD);
+  } else if constexpr (kMode == kShaperFold) {
+    // The triangle integrates to 0 over a period, so its antiderivative is periodic too.
+    const double s = u + 1.0 - kFoldPeriod * std::floor((u + 1.0) / kFoldPeriod);
+    const double g = s <= 2.0 ? 0.5 * s * s - s : 3.0 * (s - 2.0) - 0.5 * (s * s - 4.0);
+    return g + 0.5;  // G(1) = -0.5 at u = 0
+  } else {
+    // Beyond the knee the curve is flat at 1, so the integral grows by the distance past it.
+    // Written without a branch: the signal crosses the knee too often for prediction.
+    const double a = std::fabs(u);
+    const double c = std::min(a, kClipKnee);
+    const double c2 = c * c;
+    return 0.5 * c2 - 0.25 * kClipCubic * c2 * c2 + (a - c);
+  }
+}
+
+}  // namespace
+
+double Shaper::antiderivative(int mode, double u) {
   switch (mode) {
     case kShaperSine:
-      return 1.0 - cosCycles(u / kTwoPiD);
+      return curveIntegral<kShaperSine>(u);
     case kShaperCrush:
-      return 0.5 * u * u + (cosCycles(u) - 1.0) / (kTwoPiD * kTwoPiD);
-    case kShaperFold: {
-      // The triangle integrates to 0 over a period, so its antiderivative is periodic too.
-      const double s = u + 1.0 - kFoldPeriod * std::floor((u + 1.0) / kFoldPeriod);
-      const double g = s <= 2.0 ? 0.5 * s * s - s : 3.0 * (s - 2.0) - 0.5 * (s * s - 4.0);
-      return g + 0.5;  // G(1) = -0.5 at u = 0
-    }
-    default: {
-      // Beyond the knee the curve is flat at 1, so the integral grows by the distance past it.
-      // Written without a branch: the signal crosses the knee too often for prediction.
-      const double a = std::fabs(u);
-      const double c = std::min(a, kClipKnee);
-      const double c2 = c * c;
-      return 0.5 * c2 - 0.25 * kClipCubic * c2 * c2 + (a - c);
-    }
+      return curveIntegral<kShaperCrush>(u);
+    case kShaperFold:
+      return curveIntegral<kShaperFold>(u);
+    default:
+      return curveIntegral<kShaperClip>(u);
   }
 }
 
@@ -142,73 +153,85 @@ void Shaper::pushInput(float x) {
 }
 
 template <int kMode>
-[[gnu::always_inline]] inline double Shaper::processWet(double gain0, double gain1, double outputGain) {
-  // Window over the input history, newest sample at x[0], older ones at x[-1], x[-2], ..
-  // Both FIRs are symmetric (linear phase), so mirrored taps share one multiplication.
-  const float* x = input_ + ((inputPos_ - 1) & (kHistory - 1)) + kHistory;
-  const double even = kUp[0] * (static_cast<double>(x[0]) + x[-5]) +
-                      kUp[2] * (static_cast<double>(x[-1]) + x[-4]) +
-                      kUp[4] * (static_cast<double>(x[-2]) + x[-3]);
-  const double odd = kUp[1] * (static_cast<double>(x[0]) + x[-4]) +
-                     kUp[3] * (static_cast<double>(x[-1]) + x[-3]) + kUp[5] * x[-2];
-  const double u[2] = {kUpGain * gain0 * even, kUpGain * gain1 * odd};
-
-  double decimated = 0.0;
-  for (int phase = 0; phase < 2; ++phase) {
-    const double f = antiderivative(kMode, u[phase]);
-    const double du = u[phase] - lastU_;
-    const double y =
-        std::fabs(du) > kAdaaMinStep ? (f - lastF_) / du : shape(kMode, 0.5 * (u[phase] + lastU_));
-    lastU_ = u[phase];
-    lastF_ = f;
-    wet_[wetPos_] = y;
-    wet_[wetPos_ + kWetHistory] = y;
-    if (phase == 0) {
-      // The decimated sample is taken at the even double-rate instant, which puts the whole
-      // chain's delay at exactly 14 double-rate samples.
-      // The older taps go into three independent partial sums, which the processor overlaps, and
-      // the tap of the sample just computed comes last, so the antiderivative's division is not
-      // followed by a long chain of dependent additions.
-      const double* w = wet_ + wetPos_ + kWetHistory;
-      double partial[3] = {0.0, 0.0, 0.0};
-      for (int k = 1; k < kDownTaps / 2; ++k) partial[k % 3] += kDown[k] * (w[-k] + w[k + 1 - kDownTaps]);
-      decimated = (partial[0] + partial[1] + partial[2]) + kDown[0] * (w[0] + w[1 - kDownTaps]);
-    }
-    wetPos_ = (wetPos_ + 1) & (kWetHistory - 1);
+void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, double outputGain,
+                       double dOut, double* wet) {
+  // Double-rate samples, each array led by the previous block's last one.
+  double u[2 * kMaxBlock + 1];
+  double integral[2 * kMaxBlock + 1];
+  u[0] = lastU_;
+  integral[0] = lastF_;
+  // Interpolation. Both FIRs are symmetric (linear phase), so mirrored taps share one
+  // multiplication.
+  for (int i = 0; i < count; ++i) {
+    const float* x = line + i;
+    const double even = kUp[0] * (static_cast<double>(x[0]) + x[-5]) +
+                        kUp[2] * (static_cast<double>(x[-1]) + x[-4]) +
+                        kUp[4] * (static_cast<double>(x[-2]) + x[-3]);
+    const double odd = kUp[1] * (static_cast<double>(x[0]) + x[-4]) +
+                       kUp[3] * (static_cast<double>(x[-1]) + x[-3]) + kUp[5] * x[-2];
+    u[2 * i + 1] = kUpGain * (gain + (i + 0.5) * dGain) * even;
+    u[2 * i + 2] = kUpGain * (gain + (i + 1) * dGain) * odd;
   }
-  return decimated * outputGain;
+  const int n = 2 * count;
+  for (int j = 1; j <= n; ++j) integral[j] = curveIntegral<kMode>(u[j]);
+
+  // The shaped samples behind the decimator's history, then the mean of the curve between
+  // consecutive inputs.
+  double y[kWetHistory + 2 * kMaxBlock];
+  std::copy(std::begin(wetHistory_), std::end(wetHistory_), y);
+  double* shaped = y + kWetHistory;
+  for (int j = 1; j <= n; ++j) {
+    const double du = u[j] - u[j - 1];
+    const double divisor = std::fabs(du) > kAdaaMinStep ? du : 1.0;
+    shaped[j - 1] = (integral[j] - integral[j - 1]) / divisor;
+  }
+  // Where consecutive inputs nearly coincide the quotient loses precision: the curve at their
+  // midpoint instead. A separate, rarely taken pass keeps the loop above free of branches.
+  for (int j = 1; j <= n; ++j) {
+    if (!(std::fabs(u[j] - u[j - 1]) > kAdaaMinStep)) shaped[j - 1] = curve<kMode>(0.5 * (u[j] + u[j - 1]));
+  }
+  lastU_ = u[n];
+  lastF_ = integral[n];
+  std::copy(y + n, y + n + kWetHistory, wetHistory_);
+
+  if (wet == nullptr) return;
+  // Decimation at the even double-rate instants, which puts the whole chain's delay at exactly
+  // 14 double-rate samples.
+  for (int i = 0; i < count; ++i) {
+    const double* w = shaped + 2 * i;
+    double sum = 0.0;
+    for (int k = 0; k < kDownTaps / 2; ++k) sum += kDown[k] * (w[-k] + w[k + 1 - kDownTaps]);
+    wet[i] = sum * (outputGain + (i + 1) * dOut);
+  }
 }
 
 template <int kMode>
 void Shaper::renderWet(float* buf, int frames, const Curve& from, const Curve& to, float mix0, float mix) {
+  // The input as one line: the history ring, oldest first, then this block.
+  float line[kHistory + kMaxBlock];
+  for (int k = 0; k < kHistory; ++k) line[k] = input_[(inputPos_ + k) & (kHistory - 1)];
+  std::copy(buf, buf + frames, line + kHistory);
+  for (int i = 0; i < frames; ++i) pushInput(buf[i]);
+
   if (!wetRunning_) {
     // Re-prime the chain over the recent input so it continues as if it had never stopped.
-    std::fill(std::begin(wet_), std::end(wet_), 0.0);
+    std::fill(std::begin(wetHistory_), std::end(wetHistory_), 0.0);
     lastU_ = 0.0;
     lastF_ = 0.0;
-    const int savedPos = inputPos_;
-    for (int k = kPrimeSamples - 1; k >= 0; --k) {
-      inputPos_ = (savedPos - k) & (kHistory - 1);
-      processWet<kMode>(from.inputGain, from.inputGain, from.outputGain);
-    }
-    inputPos_ = savedPos;
+    shapeSpan<kMode>(line + kHistory - kPrimeSamples, kPrimeSamples, from.inputGain, 0.0, from.outputGain,
+                     0.0, nullptr);
     wetRunning_ = true;
   }
 
   const double inv = 1.0 / frames;
-  const double dGain = (to.inputGain - from.inputGain) * inv;
-  const double dOut = (to.outputGain - from.outputGain) * inv;
+  double wet[kMaxBlock];
+  shapeSpan<kMode>(line + kHistory, frames, from.inputGain, (to.inputGain - from.inputGain) * inv,
+                   from.outputGain, (to.outputGain - from.outputGain) * inv, wet);
   const double dMix = (static_cast<double>(mix) - mix0) * inv;
-  double gain = from.inputGain, out = from.outputGain, m = mix0;
   for (int i = 0; i < frames; ++i) {
-    pushInput(buf[i]);
-    const double gainMid = gain + 0.5 * dGain;
-    gain += dGain;
-    out += dOut;
-    m += dMix;
-    const double wet = processWet<kMode>(gainMid, gain, out);
-    const double dry = input_[((inputPos_ - 1 - kLatency) & (kHistory - 1)) + kHistory];
-    buf[i] = static_cast<float>(dry + (wet - dry) * m);
+    const double dry = line[kHistory + i - kLatency];
+    const double m = mix0 + (i + 1) * dMix;
+    buf[i] = static_cast<float>(dry + (wet[i] - dry) * m);
   }
 }
 

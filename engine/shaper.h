@@ -53,8 +53,9 @@ class Shaper {
   // Base-rate input history: the dry delay and enough past input to re-prime the oversampling
   // chain after a bypass.
   static constexpr int kHistory = 32;
-  static constexpr int kPrimeSamples = 16;  // covers both FIRs' memory at the base rate
-  static constexpr int kWetHistory = 32;    // double-rate shaped samples, power of two
+  static constexpr int kPrimeSamples = 16;           // covers both FIRs' memory at the base rate
+  static constexpr int kUpReach = 5;                 // base-rate history the interpolator reads
+  static constexpr int kWetHistory = kDownTaps - 1;  // double-rate history the decimator reads
 
   struct Curve {
     int mode;
@@ -62,14 +63,18 @@ class Shaper {
     double outputGain;  // y = outputGain f(u)
   };
   static Curve curveFor(int mode, float drive);
-  static double shape(int mode, double u);
+  // The antiderivative of a mode's curve (restated when the mode changes).
   static double antiderivative(int mode, double u);
 
-  // Runs one base-rate input sample through the double-rate chain and returns the decimated wet
-  // sample; gain0/gain1 are the input gains of its two double-rate samples. The curve is a
-  // template argument so that each mode's loop is compiled with its curve inlined.
+  // Runs line[0..count) (base-rate input, with kUpReach samples of history before line[0])
+  // through the double-rate chain in stages over the whole span: interpolate, integrate the
+  // curve, differentiate (the antiderivative antialiasing), decimate. The input gain ramps from
+  // gain by dGain per base sample (the first double-rate sample of each pair takes the mid
+  // point); wet[i], when wet is not null, receives the decimated sample i times outputGain +
+  // (i + 1) dOut. The curve is a template argument so each mode's loops inline it.
   template <int kMode>
-  [[gnu::always_inline]] double processWet(double gain0, double gain1, double outputGain);
+  void shapeSpan(const float* line, int count, double gain, double dGain, double outputGain, double dOut,
+                 double* wet);
   // The shaped (mix above 0) path over one block, re-priming the chain first after a bypass.
   template <int kMode>
   void renderWet(float* buf, int frames, const Curve& from, const Curve& to, float mix0, float mix);
@@ -85,9 +90,8 @@ class Shaper {
   // Input history, written twice (at i and i + kHistory) so every window is contiguous.
   float input_[2 * kHistory] = {};
   int inputPos_ = 0;
-  // Shaped double-rate samples, written twice likewise.
-  double wet_[2 * kWetHistory] = {};
-  int wetPos_ = 0;
+  // The most recent shaped double-rate samples, oldest first.
+  double wetHistory_[kWetHistory] = {};
   double lastU_ = 0.0;  // previous double-rate shaper input
   double lastF_ = 0.0;  // its antiderivative
 };

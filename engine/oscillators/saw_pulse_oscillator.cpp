@@ -36,7 +36,7 @@ void SawPulseOscillator::start(double phase) {
 // The second saw's jump is still ahead in this slave cycle unless slave phase plus offset
 // already passed 1.
 void SawPulseOscillator::resetEdge() {
-  offsetCycle_ = static_cast<int>(std::floor(offset_));
+  offsetCycle_ = std::floor(offset_);
   edgePending_ = !(frac(offset_) + slavePhase_ > 1.0);
 }
 
@@ -78,7 +78,7 @@ void SawPulseOscillator::render(float* out, int frames, float pitch, float gain,
 
   const double r0 = ratio_;
   double f0 = pitchToCycles(pitch_, sampleRate_);
-  double f1 = pitchToCycles(pitch, sampleRate_);
+  double f1 = pitch == pitch_ ? f0 : pitchToCycles(pitch, sampleRate_);
   double g0 = gain_;
   // Fade instead of aliasing once the synced saw would pass Nyquist.
   const double primeFrequency = r0 * f0 > kNyquist ? kNyquist / r0 : f0;
@@ -134,7 +134,7 @@ void SawPulseOscillator::run(float* out, int frames, const Ramp& ramp) {
   const double dO = ramp.dOffset;
   double master = masterPhase_, slave = slavePhase_;
   bool edgePending = edgePending_;
-  int offsetCycle = offsetCycle_;
+  double offsetCycle = offsetCycle_;
 
   for (int i = 0; i < frames; ++i) {
     f += ramp.dFrequency;
@@ -147,8 +147,8 @@ void SawPulseOscillator::run(float* out, int frames, const Ramp& ramp) {
     slave += slaveInc;
 
     // The offset crossed a whole cycle: the second saw's jump moves to the other side.
-    if (o < offsetCycle || o >= offsetCycle + 1) {
-      offsetCycle = static_cast<int>(std::floor(o));
+    if (o < offsetCycle || o >= offsetCycle + 1.0) {
+      offsetCycle = std::floor(o);
       edgePending = !edgePending;
     }
     const double q = o - offsetCycle;

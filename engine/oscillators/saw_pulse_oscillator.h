@@ -71,7 +71,7 @@ class SawPulseOscillator {
   double ratio_ = 1.0;
   float pitch_ = 0.0f;
   double offset_ = 0.0;
-  int offsetCycle_ = 0;
+  double offsetCycle_ = 0.0;  // a whole number: floor of the offset at the last sample
   double polarity_ = 1.0;
   double gain_ = 0.0;
 };
