@@ -15,6 +15,7 @@
 #include "engine/dsp.h"
 #include "engine/random.h"
 #include "engine/shaper.h"
+#include "engine/voice_chain.h"
 #include "engine/voice_filter.h"
 #include "plugin/vst_test.h"
 
@@ -104,6 +105,50 @@ BENCHMARK(InstanceVoices)
     ->Args({0, 1})
     ->Unit(benchmark::kMillisecond)
     ->MinTime(2.0);
+
+// One voice's sound chain alone (both saws, sub, both filters, shaper), without the engine's
+// voice frame and the global effects: the part of a voice's cost that this chain owns.
+void VoiceChainAlone(benchmark::State& state) {
+  std::vector<Parameter> params(kParamCount);
+  for (int i = 0; i < kParamCount; ++i) {
+    const ParamInfo& info = paramTable()[i];
+    params[i].lo.store(info.lo);
+    params[i].hi.store(info.hi);
+    params[i].voiceValue = normalisedDefault(info);
+  }
+  auto set = [&params](int index, float physical) {
+    Parameter& p = params[index];
+    p.voiceValue = (physical - p.lo.load()) / static_cast<float>(p.hi.load() - p.lo.load());
+  };
+  set(kOsc1Gain, 0.7f);
+  set(kOsc2Gain, 0.7f);
+  set(kOsc2Semi, 7.0f);
+  set(kSubGain, 0.5f);
+  set(kFilter1Cutoff, 0.6f);
+  set(kFilter1Q, 0.5f);
+  set(kFilter2Cutoff, 0.9f);
+  set(kFilter2Q, 0.3f);
+  set(kShaperMix, 0.5f);
+  set(kShaperDrive, 0.5f);
+  VoiceChain chain;
+  chain.setSampleRate(kRate);
+  const int seeds[VoiceChain::kOscillators] = {1, 2};
+  chain.restart(seeds);
+  chain.startSources(0.0);
+  VoiceChainInput in;
+  in.pitch = 48.0f;
+  float out[kMaxBlock];
+  constexpr int kBlocks = 44100 / kMaxBlock;
+  for (auto _ : state) {
+    for (int b = 0; b < kBlocks; ++b) chain.render(out, kMaxBlock, params.data(), in);
+    benchmark::DoNotOptimize(out);
+  }
+  const double audioSeconds = static_cast<double>(state.iterations()) * kBlocks * kMaxBlock / kRate;
+  state.counters["us_per_voice_s"] =
+      benchmark::Counter(audioSeconds / 1e6, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+BENCHMARK(VoiceChainAlone)->Unit(benchmark::kMillisecond);
 
 // The voice's filter and shaper chain fed a steady signal, or ringing out from one loud block
 // into silence for 1000 blocks (2.9 s, far past where a float tail would turn denormal).

@@ -113,13 +113,13 @@ void SawPulseOscillator::render(float* out, int frames, float pitch, float gain,
     resetEdge();
     float scratch[kPrimeSamples] = {};
     const Ramp hold{primeFrequency, 0.0, r0, 0.0, offset_, 0.0, polarity_, 0.0, 0.0, 0.0};
-    run(scratch, kPrimeSamples, hold);
+    runDispatch(scratch, kPrimeSamples, hold);
   }
 
   const double inv = 1.0 / frames;
   const Ramp ramp{f0,        (f1 - f0) * inv,        r0, (r1 - r0) * inv, offset_, (o1 - offset_) * inv,
                   polarity_, (s1 - polarity_) * inv, g0, (g1 - g0) * inv};
-  run(out, frames, ramp);
+  runDispatch(out, frames, ramp);
 
   ratio_ = r1;
   pitch_ = pitch;
@@ -128,6 +128,17 @@ void SawPulseOscillator::render(float* out, int frames, float pitch, float gain,
   gain_ = g1;
 }
 
+void SawPulseOscillator::runDispatch(float* out, int frames, const Ramp& ramp) {
+  // At ratio 1 throughout, every master wrap meets a slave wrap and the sync changes nothing:
+  // the loop without the master is used.
+  if (ramp.ratio == 1.0 && ramp.dRatio == 0.0) {
+    run<false>(out, frames, ramp);
+  } else {
+    run<true>(out, frames, ramp);
+  }
+}
+
+template <bool kSync>
 void SawPulseOscillator::run(float* out, int frames, const Ramp& ramp) {
   const double dcPerStep = table_->dcPerStep();
   double f = ramp.frequency, r = ramp.ratio, o = ramp.offset, polarity = ramp.polarity, gain = ramp.gain;
@@ -143,7 +154,7 @@ void SawPulseOscillator::run(float* out, int frames, const Ramp& ramp) {
     polarity += ramp.dPolarity;
     gain += ramp.dGain;
     const double slaveInc = r * f;
-    master += f;
+    if constexpr (kSync) master += f;
     slave += slaveInc;
 
     // The offset crossed a whole cycle: the second saw's jump moves to the other side.
@@ -156,7 +167,7 @@ void SawPulseOscillator::run(float* out, int frames, const Ramp& ramp) {
     // Second saw wraps, unless the master restarted the slave at or before that moment.
     if (edgePending && slave + q > 1.0) {
       const double t = (slave + q - 1.0) / (slaveInc + dO);
-      if (!((master - 1.0) / f >= t)) {
+      if (!kSync || !((master - 1.0) / f >= t)) {
         addStep(polarity, t);
         edgePending = false;
       }
@@ -164,7 +175,7 @@ void SawPulseOscillator::run(float* out, int frames, const Ramp& ramp) {
     // Slave wraps, with the same proviso.
     if (slave > 1.0) {
       const double t = (slave - 1.0) / slaveInc;
-      if (!((master - 1.0) / f >= t)) {
+      if (!kSync || !((master - 1.0) / f >= t)) {
         slave -= 1.0;
         addStep(1.0, t);
         edgePending = true;
@@ -175,7 +186,7 @@ void SawPulseOscillator::run(float* out, int frames, const Ramp& ramp) {
     double b = (slave + q - (edgePending ? 0.0 : 1.0)) * polarity;
 
     // Hard sync: the master wrapped, the slave restarts from where the master now is.
-    if (master > 1.0) {
+    if (kSync && master > 1.0) {
       edgePending = true;
       master -= 1.0;
       slave = master * r;
@@ -200,7 +211,8 @@ void SawPulseOscillator::run(float* out, int frames, const Ramp& ramp) {
     correctionIndex_ = (correctionIndex_ + 1) & (kRingSize - 1);
   }
 
-  masterPhase_ = master;
+  // Without sync (ratio 1 throughout) the master is the slave.
+  masterPhase_ = kSync ? master : slave;
   slavePhase_ = slave;
   edgePending_ = edgePending;
   offsetCycle_ = offsetCycle;

@@ -57,6 +57,9 @@ class SawPulseOscillator {
 
   void resetEdge();
   void addStep(double height, double samplesAgo);
+  void runDispatch(float* out, int frames, const Ramp& ramp);
+  // The per-sample loop; kSync false leaves the master out (ratio exactly 1 throughout).
+  template <bool kSync>
   void run(float* out, int frames, const Ramp& ramp);
 
   const BlepTable* table_;
