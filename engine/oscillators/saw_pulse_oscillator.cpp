@@ -81,7 +81,6 @@ void SawPulseOscillator::render(float* out, int frames, float pitch, float gain,
   double f1 = pitch == pitch_ ? f0 : pitchToCycles(pitch, sampleRate_);
   double g0 = gain_;
   // Fade instead of aliasing once the synced saw would pass Nyquist.
-  const double primeFrequency = r0 * f0 > kNyquist ? kNyquist / r0 : f0;
   if (r0 * f0 > kNyquist) {
     f0 = kNyquist / r0;
     g0 = 0.0;
@@ -112,7 +111,7 @@ void SawPulseOscillator::render(float* out, int frames, float pitch, float gain,
     correctionIndex_ = 0;
     resetEdge();
     float scratch[kPrimeSamples] = {};
-    const Ramp hold{primeFrequency, 0.0, r0, 0.0, offset_, 0.0, polarity_, 0.0, 0.0, 0.0};
+    const Ramp hold{f0, 0.0, r0, 0.0, offset_, 0.0, polarity_, 0.0, 0.0, 0.0};
     runDispatch(scratch, kPrimeSamples, hold);
   }
 

@@ -11,7 +11,8 @@
 // the first block after start() takes them at once. A synced saw that would pass the Nyquist
 // frequency fades to silence over one block instead of aliasing. Silent blocks only advance the
 // phases; the next audible block first runs 10 discarded samples so the ring holds the tails of
-// the recent jumps.
+// the recent jumps. While the ratio stays exactly 1 the sync cannot change anything and the loop
+// runs without the master (which then simply follows the slave).
 // Limits: frames per call at most kMaxBlock; ratio at least 1 (sync only raises the pitch).
 #pragma once
 
