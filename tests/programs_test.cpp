@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <thread>
 
@@ -73,6 +74,16 @@ Bytes bankChunkOf(VstTest& plugin) {
 
 std::string tempPath(const std::string& name) {
   return ::testing::TempDir() + name;
+}
+
+vst2::VstIntPtr silentHost(vst2::AEffect*, vst2::VstInt32 opcode, vst2::VstInt32, vst2::VstIntPtr, void*,
+                           float) {
+  return opcode == vst2::audioMasterVersion ? 2400 : 0;
+}
+
+// A second instance beside a TestHost's (the test host keeps one instance at a time).
+std::unique_ptr<VstTest> secondInstance() {
+  return std::make_unique<VstTest>(silentHost, std::make_unique<SynthEngine>());
 }
 
 // A bank of "FxCk" records: program k is named "P<k>" and holds value k / 1000 at index 0.
@@ -201,18 +212,18 @@ TEST(Chunks, HostChunksRoundTripByteForByte) {
   EXPECT_EQ(littleAt(bank, 0), 1033);
   EXPECT_EQ(littleAt(bank, bank.size() - 4), 42);
 
-  TestHost target;
-  EXPECT_EQ(target.plugin().setChunk(const_cast<std::uint8_t*>(bank.data()), bankSize, false), 1);
-  EXPECT_EQ(target.plugin().getProgram(), 42) << "the chunk's current program";
-  EXPECT_EQ(target.plugin().getParameter(kShaperDrive), 0.3125f);
-  EXPECT_EQ(bankChunkOf(target.plugin()), bank);
+  auto target = secondInstance();
+  EXPECT_EQ(target->setChunk(const_cast<std::uint8_t*>(bank.data()), bankSize, false), 1);
+  EXPECT_EQ(target->getProgram(), 42) << "the chunk's current program";
+  EXPECT_EQ(target->getParameter(kShaperDrive), 0.3125f);
+  EXPECT_EQ(bankChunkOf(*target), bank);
 
   const vst2::VstInt32 programSize = source.plugin().getChunk(&data, true);
   ASSERT_EQ(programSize, 8 + 4 * 108);
   const Bytes program(static_cast<std::uint8_t*>(data), static_cast<std::uint8_t*>(data) + programSize);
-  target.plugin().setProgram(3);
-  EXPECT_EQ(target.plugin().setChunk(const_cast<std::uint8_t*>(program.data()), programSize, true), 1);
-  EXPECT_EQ(target.plugin().getChunk(&data, true), programSize);
+  target->setProgram(3);
+  EXPECT_EQ(target->setChunk(const_cast<std::uint8_t*>(program.data()), programSize, true), 1);
+  EXPECT_EQ(target->getChunk(&data, true), programSize);
   EXPECT_EQ(0, std::memcmp(data, program.data(), program.size()));
 }
 
@@ -260,17 +271,17 @@ TEST(Chunks, NamesOfExactly24CharactersAndLongCounts) {
   EXPECT_EQ(0, std::memcmp(bank.data() + 4, name, 24)) << "no terminator in the chunk";
   EXPECT_EQ(littleAt(bank, 28), 440);
 
-  TestHost other;
-  other.plugin().loadBankChunk(bank.data(), bank.size());
-  EXPECT_STREQ(other.plugin().program(0).name, name);
+  auto other = secondInstance();
+  other->loadBankChunk(bank.data(), bank.size());
+  EXPECT_STREQ(other->program(0).name, name);
 
   // A program chunk with more values than parameters sets the first 108 only.
   Bytes chunk;
   appendLittle32(chunk, 1033);
   appendLittle32(chunk, 120);
   for (int i = 0; i < 120; ++i) appendLittle32(chunk, floatBits(0.5f));
-  other.plugin().loadProgramChunk(chunk.data(), chunk.size());
-  for (int i = 0; i < kHostParamCount; ++i) EXPECT_EQ(other.plugin().getParameter(i), 0.5f);
+  other->loadProgramChunk(chunk.data(), chunk.size());
+  for (int i = 0; i < kHostParamCount; ++i) EXPECT_EQ(other->getParameter(i), 0.5f);
   RecordingTarget recorder;
   loadProgramChunk(recorder, chunk.data(), chunk.size());
   EXPECT_EQ(recorder.highestIndex, 119) << "the instance, not the loader, ignores indices past its count";
@@ -345,16 +356,16 @@ TEST(Files, ProgramAndBankFilesRoundTrip) {
   EXPECT_EQ(std::string(reinterpret_cast<const char*>(programFile.data()) + 28),
             source.plugin().program(12).name);
 
-  TestHost target;
-  EXPECT_EQ(target.plugin().loadBankFile(bankPath), "");
-  EXPECT_EQ(bankChunkOf(target.plugin()), bankChunkOf(source.plugin()));
+  auto target = secondInstance();
+  EXPECT_EQ(target->loadBankFile(bankPath), "");
+  EXPECT_EQ(bankChunkOf(*target), bankChunkOf(source.plugin()));
 
-  target.plugin().setProgram(0);
-  EXPECT_EQ(target.plugin().loadProgramFile(programPath), "");
-  EXPECT_EQ(0, std::memcmp(target.plugin().program(0).values.data(),
-                           source.plugin().program(12).values.data(), sizeof(float) * kHostParamCount));
-  EXPECT_STREQ(target.plugin().program(0).name, source.plugin().program(12).name);
-  EXPECT_FALSE(target.plugin().inSetProgram());
+  target->setProgram(0);
+  EXPECT_EQ(target->loadProgramFile(programPath), "");
+  EXPECT_EQ(0, std::memcmp(target->program(0).values.data(), source.plugin().program(12).values.data(),
+                           sizeof(float) * kHostParamCount));
+  EXPECT_STREQ(target->program(0).name, source.plugin().program(12).name);
+  EXPECT_FALSE(target->inSetProgram());
   std::remove(bankPath.c_str());
   std::remove(programPath.c_str());
 }
