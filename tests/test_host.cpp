@@ -5,11 +5,16 @@
 namespace ziv::testing {
 namespace {
 
-HostRecord* currentRecord = nullptr;
+// The record of the host whose plug-in is being constructed: its AEffect cannot point back to
+// the host before the constructor returns.
+HostRecord* constructingRecord = nullptr;
 
-vst2::VstIntPtr hostCallback(vst2::AEffect*, vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr,
+vst2::VstIntPtr hostCallback(vst2::AEffect* effect, vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr,
                              void*, float opt) {
-  HostRecord& r = *currentRecord;
+  HostRecord* record = effect != nullptr && effect->user != nullptr ? static_cast<HostRecord*>(effect->user)
+                                                                    : constructingRecord;
+  if (record == nullptr) return 0;
+  HostRecord& r = *record;
   switch (opcode) {
     case vst2::audioMasterVersion:
       return 2400;
@@ -33,23 +38,19 @@ vst2::VstIntPtr hostCallback(vst2::AEffect*, vst2::VstInt32 opcode, vst2::VstInt
 
 }  // namespace
 
-HostRecord& TestHost::record() { return *currentRecord; }
-
 TestHost::TestHost() {
-  currentRecord = new HostRecord;
-  currentRecord->time.sampleRate = 44100.0;
-  currentRecord->time.tempo = 120.0;
-  currentRecord->time.flags = vst2::kVstPpqPosValid | vst2::kVstTempoValid;
+  record_.time.sampleRate = 44100.0;
+  record_.time.tempo = 120.0;
+  record_.time.flags = vst2::kVstPpqPosValid | vst2::kVstTempoValid;
+  constructingRecord = &record_;
   plugin_ = std::make_unique<VstTest>(hostCallback, std::make_unique<SynthEngine>());
+  constructingRecord = nullptr;
+  plugin_->getAeffect()->user = &record_;
   plugin_->setSampleRate(44100.0f);
   plugin_->resume();
 }
 
-TestHost::~TestHost() {
-  plugin_.reset();
-  delete currentRecord;
-  currentRecord = nullptr;
-}
+TestHost::~TestHost() = default;
 
 void TestHost::midi(int offset, int status, int data1, int data2) {
   vst2::VstMidiEvent event{};

@@ -26,7 +26,7 @@ class TestHost {
 
   VstTest& plugin() { return *plugin_; }
   SynthEngine& engine() { return plugin_->engine(); }
-  HostRecord& record();
+  HostRecord& record() { return record_; }
 
   // Queues one MIDI message at `offset` frames into the next block.
   void midi(int offset, int status, int data1, int data2);
@@ -39,6 +39,7 @@ class TestHost {
   std::vector<float> left, right;
 
  private:
+  HostRecord record_;
   std::unique_ptr<VstTest> plugin_;
   std::vector<vst2::VstMidiEvent> pending_;
 };

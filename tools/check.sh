@@ -1,10 +1,19 @@
 #!/usr/bin/env bash
-# Every test: installs what is missing, builds both plug-ins, prepares a private wine prefix and
-# runs the whole CTest suite (unit tests, the Linux plug-in through the headless host, and the
-# Windows plug-in through the Windows host under wine).
+# Every test: installs what is missing, builds both plug-ins, fuzzes the program and bank loaders
+# briefly under libFuzzer with AddressSanitizer and UndefinedBehaviorSanitizer (clang build in
+# build-fuzz/; fuzz/README.md has the longer run), then runs the whole CTest suite: unit tests,
+# the Linux plug-in through the headless host, and the Windows plug-in through the Windows host
+# under wine in a private wine prefix.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
+jobs=$(nproc)
 
 bash "$root/tools/setup.sh"
 bash "$root/tools/build.sh"
-ctest --test-dir "$root/build" --output-on-failure -j "$(nproc)"
+
+CC=clang CXX=clang++ cmake -S "$root" -B "$root/build-fuzz" -DCMAKE_BUILD_TYPE=Release -DZIV_FUZZ=ON >/dev/null
+cmake --build "$root/build-fuzz" -j "$jobs" \
+  --target fuzz_program_chunk fuzz_bank_chunk fuzz_program_image fuzz_bank_image
+ctest --test-dir "$root/build-fuzz" -R '^fuzz\.' --output-on-failure -j "$jobs"
+
+ctest --test-dir "$root/build" --output-on-failure -j "$jobs"
