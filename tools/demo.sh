@@ -8,7 +8,8 @@ bash "$root/tools/setup.sh"
 bash "$root/tools/build.sh"
 
 mkdir -p "$root/out"
-"$root/build/vrnhost" --out "$root/out/demo.wav" "$root/build/VrnZIV.so"
+# The demo phrase has chords under a melody, so it plays a polyphonic factory program.
+"$root/build/vrnhost" --program-name "POLY - Analog Poly" --out "$root/out/demo.wav" "$root/build/VrnZIV.so"
 
 cat <<TEXT
 
