@@ -8,6 +8,7 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 
 #include "engine/dsp.h"
@@ -41,7 +42,9 @@ class SynthEngine {
   void setListener(MachineListener* listener) { listener_ = listener; }
 
   // The program format version under which values are currently being written.
-  int loadVersion = kCurrentVersion;
+  // Atomic because program loads on the user-interface thread and MIDI program changes on the
+  // audio thread both set it around their writes.
+  std::atomic<int> loadVersion{kCurrentVersion};
 
   // --- Audio thread ---
   void setSampleRate(float hz);
