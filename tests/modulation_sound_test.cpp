@@ -13,39 +13,24 @@
 namespace ziv {
 namespace {
 
+using testing::fundamentalHz;
 using testing::TestHost;
 
 constexpr float kRate = 44100.0f;
 constexpr int kBlock = 128;
 
-void setPhysical(TestHost& host, int index, float physical) {
-  const Parameter& p = host.engine().parameter(index);
-  const float lo = static_cast<float>(p.lo.load()), hi = static_cast<float>(p.hi.load());
-  host.plugin().setParameter(index, (physical - lo) / (hi - lo));
-}
-
 // Every parameter at its default, then a near-sine: the sub oscillator at shape 0.25 alone, filters
 // open, no effects.
 void sinePatch(TestHost& host) {
   for (int i = 0; i < kHostParamCount; ++i) host.plugin().setParameter(i, normalisedDefault(paramTable()[i]));
-  setPhysical(host, kOsc1Gain, 0.0f);
-  setPhysical(host, kSubGain, 1.0f);
-  setPhysical(host, kSubShape, 0.25f);
-  setPhysical(host, kSubOctave, 0.0f);
-  for (int cutoff : {kFilter1Cutoff, kFilter2Cutoff}) setPhysical(host, cutoff, 1.0f);
+  host.setPhysical(kOsc1Gain, 0.0f);
+  host.setPhysical(kSubGain, 1.0f);
+  host.setPhysical(kSubShape, 0.25f);
+  host.setPhysical(kSubOctave, 0.0f);
+  for (int cutoff : {kFilter1Cutoff, kFilter2Cutoff}) host.setPhysical(cutoff, 1.0f);
   for (int amount : {kFilter1EnvAmt, kFilter2EnvAmt, kFilter1KeyTracking, kFilter2KeyTracking})
-    setPhysical(host, amount, 0.0f);
+    host.setPhysical(amount, 0.0f);
   host.process(kBlock);  // the new values become the block's starting values
-}
-
-std::vector<float> play(TestHost& host, double seconds) {
-  std::vector<float> out;
-  const int blocks = static_cast<int>(seconds * kRate / kBlock);
-  for (int b = 0; b < blocks; ++b) {
-    host.process(kBlock);
-    out.insert(out.end(), host.left.begin(), host.left.end());
-  }
-  return out;
 }
 
 // Peak level in each window of `window` samples (the envelope of a steady tone).
@@ -59,32 +44,18 @@ std::vector<float> envelopeOf(const std::vector<float>& x, int window) {
   return peaks;
 }
 
-double fundamentalHz(const std::vector<float>& x) {
-  double first = -1.0, last = -1.0;
-  int crossings = 0;
-  for (std::size_t i = x.size() / 2; i + 1 < x.size(); ++i) {
-    if (x[i] < 0.0f && x[i + 1] >= 0.0f) {
-      const double t = i + x[i] / static_cast<double>(x[i] - x[i + 1]);
-      if (first < 0.0) first = t;
-      last = t;
-      ++crossings;
-    }
-  }
-  return crossings > 1 ? (crossings - 1) * kRate / (last - first) : 0.0;
-}
-
 TEST(EnvelopeSound, AttackDecayAndReleaseTakeTheirTimes) {
   TestHost host;
   sinePatch(host);
   // Attack 4 x 0.5^3 = 0.5 s; decay 10 x 0.2^2 = 0.4 s to sustain 0.6^2 = 0.36; release 10 x 0.3^2 = 0.9 s.
-  setPhysical(host, kAmpEnvAttack, 0.5f);
-  setPhysical(host, kAmpEnvDecay, 0.2f);
-  setPhysical(host, kAmpEnvSustain, 0.6f);
-  setPhysical(host, kAmpEnvRelease, 0.3f);
+  host.setPhysical(kAmpEnvAttack, 0.5f);
+  host.setPhysical(kAmpEnvDecay, 0.2f);
+  host.setPhysical(kAmpEnvSustain, 0.6f);
+  host.setPhysical(kAmpEnvRelease, 0.3f);
   host.noteOn(0, 69);
-  std::vector<float> held = play(host, 1.5);
+  std::vector<float> held = host.play(1.5, kBlock);
   host.noteOff(0, 69);
-  const std::vector<float> released = play(host, 1.2);
+  const std::vector<float> released = host.play(1.2, kBlock);
 
   constexpr int kWindow = 110;  // a period of the 440 Hz tone, 2.5 ms
   const std::vector<float> env = envelopeOf(held, kWindow);
@@ -112,14 +83,14 @@ TEST(EnvelopeSound, StageChangesDoNotClick) {
   // step further than the sine's own slope plus the attack's.
   TestHost host;
   sinePatch(host);
-  setPhysical(host, kAmpEnvAttack, 0.1f);
-  setPhysical(host, kAmpEnvDecay, 0.063f);
-  setPhysical(host, kAmpEnvSustain, 0.5f);
-  setPhysical(host, kAmpEnvRelease, 0.045f);
+  host.setPhysical(kAmpEnvAttack, 0.1f);
+  host.setPhysical(kAmpEnvDecay, 0.063f);
+  host.setPhysical(kAmpEnvSustain, 0.5f);
+  host.setPhysical(kAmpEnvRelease, 0.045f);
   host.noteOn(37, 69);  // mid-block: the envelope still starts at a sub-block start
-  std::vector<float> out = play(host, 0.2);
+  std::vector<float> out = host.play(0.2, kBlock);
   host.noteOff(50, 69);
-  const std::vector<float> tail = play(host, 0.1);
+  const std::vector<float> tail = host.play(0.1, kBlock);
   out.insert(out.end(), tail.begin(), tail.end());
 
   float peak = 0.0f, largestStep = 0.0f;
@@ -136,14 +107,14 @@ TEST(EnvelopeSound, StageChangesDoNotClick) {
 TEST(WheelSound, PitchWheelAndModWheelReachThePitch) {
   TestHost host;
   sinePatch(host);
-  setPhysical(host, kAmpEnvAttack, 0.0f);
-  setPhysical(host, kAmpEnvSustain, 1.0f);
-  setPhysical(host, kPitchBendRange, 12.0f);
+  host.setPhysical(kAmpEnvAttack, 0.0f);
+  host.setPhysical(kAmpEnvSustain, 1.0f);
+  host.setPhysical(kPitchBendRange, 12.0f);
   host.noteOn(0, 57);
-  EXPECT_NEAR(fundamentalHz(play(host, 0.3)), 220.0, 0.5);
+  EXPECT_NEAR(fundamentalHz(host.play(0.3, kBlock)), 220.0, 0.5);
 
   host.midi(0, 0xE0, 0x7f, 0x7f);  // full bend up: one octave at a range of 12
-  EXPECT_NEAR(fundamentalHz(play(host, 0.3)), 220.0 * std::pow(2.0, 8191.0 / 8192.0), 1.0);
+  EXPECT_NEAR(fundamentalHz(host.play(0.3, kBlock)), 220.0 * std::pow(2.0, 8191.0 / 8192.0), 1.0);
   host.midi(0, 0xE0, 0x00, 0x40);  // centre
 
   // The mod wheel moves "VOICE: Pitch" with the cube of its amount: 0.5^3 of the entry's range of
@@ -152,11 +123,11 @@ TEST(WheelSound, PitchWheelAndModWheelReachThePitch) {
   const int position =
       static_cast<int>(std::find(list.targets, list.targets + list.count, kVoicePitch) - list.targets);
   host.plugin().setParameter(kModWheelTarget1, static_cast<float>(position) / (list.count - 1));
-  setPhysical(host, kModWheelAmt1, 0.5f);
+  host.setPhysical(kModWheelAmt1, 0.5f);
   host.controller(0, 1, 127);
-  EXPECT_NEAR(fundamentalHz(play(host, 0.3)), 220.0 * std::pow(2.0, 0.5), 1.0);
+  EXPECT_NEAR(fundamentalHz(host.play(0.3, kBlock)), 220.0 * std::pow(2.0, 0.5), 1.0);
   host.controller(0, 1, 0);
-  EXPECT_NEAR(fundamentalHz(play(host, 0.3)), 220.0, 0.5);
+  EXPECT_NEAR(fundamentalHz(host.play(0.3, kBlock)), 220.0, 0.5);
 }
 
 TEST(GlobalLfoSound, SampleAndHoldKeepsEachVoiceAtItsNoteOnValue) {
@@ -171,14 +142,14 @@ TEST(GlobalLfoSound, SampleAndHoldKeepsEachVoiceAtItsNoteOnValue) {
     const int position =
         static_cast<int>(std::find(list.targets, list.targets + list.count, kVoiceGain) - list.targets);
     engine.setParameter(kGlobalLfoTarget1, static_cast<float>(position) / (list.count - 1), false);
-    setPhysical(host, kGlobalLfoAmt1, 1.0f);
-    setPhysical(host, kGlobalLfoDepth, 1.0f);
-    setPhysical(host, kGlobalLfoSync, 1.0f);
-    setPhysical(host, kGlobalLfoRate, 8.0f);  // one bar
-    setPhysical(host, kGlobalLfoWaveform, static_cast<float>(kLfoSquare));
-    setPhysical(host, kGlobalLfoSampleHold, sampleAndHold ? 1.0f : 0.0f);
-    setPhysical(host, kAmpEnvAttack, 0.0f);
-    setPhysical(host, kAmpEnvSustain, 1.0f);
+    host.setPhysical(kGlobalLfoAmt1, 1.0f);
+    host.setPhysical(kGlobalLfoDepth, 1.0f);
+    host.setPhysical(kGlobalLfoSync, 1.0f);
+    host.setPhysical(kGlobalLfoRate, 8.0f);  // one bar
+    host.setPhysical(kGlobalLfoWaveform, static_cast<float>(kLfoSquare));
+    host.setPhysical(kGlobalLfoSampleHold, sampleAndHold ? 1.0f : 0.0f);
+    host.setPhysical(kAmpEnvAttack, 0.0f);
+    host.setPhysical(kAmpEnvSustain, 1.0f);
     engine.smoothParameters(1.0f);
     engine.endProcess();
 

@@ -9,8 +9,8 @@ namespace {
 // the host before the constructor returns.
 HostRecord* constructingRecord = nullptr;
 
-vst2::VstIntPtr hostCallback(vst2::AEffect* effect, vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr,
-                             void*, float opt) {
+vst2::VstIntPtr hostCallback(vst2::AEffect* effect, vst2::VstInt32 opcode, vst2::VstInt32 index,
+                             vst2::VstIntPtr, void*, float opt) {
   HostRecord* record = effect != nullptr && effect->user != nullptr ? static_cast<HostRecord*>(effect->user)
                                                                     : constructingRecord;
   if (record == nullptr) return 0;
@@ -78,6 +78,36 @@ void TestHost::process(int frames) {
   right.assign(frames > 0 ? frames : 1, 0.0f);
   float* outputs[2] = {left.data(), right.data()};
   plugin_->processReplacing(nullptr, outputs, frames);
+}
+
+std::vector<float> TestHost::play(double seconds, int block) {
+  std::vector<float> out;
+  const int blocks = static_cast<int>(seconds * 44100.0 / block);
+  for (int b = 0; b < blocks; ++b) {
+    process(block);
+    out.insert(out.end(), left.begin(), left.end());
+  }
+  return out;
+}
+
+void TestHost::setPhysical(int index, float physical) {
+  const Parameter& p = engine().parameter(index);
+  const float lo = static_cast<float>(p.lo.load()), hi = static_cast<float>(p.hi.load());
+  plugin_->setParameter(index, (physical - lo) / (hi - lo));
+}
+
+double fundamentalHz(const std::vector<float>& x, double sampleRate) {
+  double first = -1.0, last = -1.0;
+  int crossings = 0;
+  for (std::size_t i = x.size() / 2; i + 1 < x.size(); ++i) {
+    if (x[i] < 0.0f && x[i + 1] >= 0.0f) {
+      const double t = i + x[i] / static_cast<double>(x[i] - x[i + 1]);
+      if (first < 0.0) first = t;
+      last = t;
+      ++crossings;
+    }
+  }
+  return crossings > 1 ? (crossings - 1) * sampleRate / (last - first) : 0.0;
 }
 
 }  // namespace ziv::testing

@@ -35,6 +35,11 @@ class TestHost {
   void controller(int offset, int number, int value) { midi(offset, 0xB0, number, value); }
   // Sends the queued messages with processEvents, then renders `frames` frames.
   void process(int frames);
+  // Renders `seconds` of audio in blocks of `block` frames and returns the left channel.
+  std::vector<float> play(double seconds, int block = 256);
+
+  // Sets a host parameter from its physical value (lo..hi of its current bounds).
+  void setPhysical(int index, float physical);
 
   std::vector<float> left, right;
 
@@ -43,5 +48,8 @@ class TestHost {
   std::unique_ptr<VstTest> plugin_;
   std::vector<vst2::VstMidiEvent> pending_;
 };
+
+// Fundamental frequency of a steady tone, from the rising zero crossings of the second half of x.
+double fundamentalHz(const std::vector<float>& x, double sampleRate = 44100.0);
 
 }  // namespace ziv::testing

@@ -14,53 +14,22 @@
 namespace ziv {
 namespace {
 
+using testing::fundamentalHz;
 using testing::TestHost;
 
 constexpr int kBlock = 256;
 
-void setPhysical(TestHost& host, int index, float physical) {
-  const Parameter& p = host.engine().parameter(index);
-  const float lo = static_cast<float>(p.lo.load()), hi = static_cast<float>(p.hi.load());
-  host.engine().setParameter(index, (physical - lo) / (hi - lo), false);
-}
-
 // One plain source, both filters open, no shaping, instant attack, full sustain.
 void plainPatch(TestHost& host) {
-  setPhysical(host, kOsc1Gain, 1.0f);
-  setPhysical(host, kOsc2Gain, 0.0f);
-  setPhysical(host, kSubGain, 0.0f);
-  for (int cutoff : {kFilter1Cutoff, kFilter2Cutoff}) setPhysical(host, cutoff, 1.0f);
+  host.setPhysical(kOsc1Gain, 1.0f);
+  host.setPhysical(kOsc2Gain, 0.0f);
+  host.setPhysical(kSubGain, 0.0f);
+  for (int cutoff : {kFilter1Cutoff, kFilter2Cutoff}) host.setPhysical(cutoff, 1.0f);
   for (int amount : {kFilter1EnvAmt, kFilter2EnvAmt, kFilter1KeyTracking, kFilter2KeyTracking})
-    setPhysical(host, amount, 0.0f);
-  setPhysical(host, kShaperMix, 0.0f);
-  setPhysical(host, kAmpEnvAttack, 0.0f);
-  setPhysical(host, kAmpEnvSustain, 1.0f);
-}
-
-// Renders `seconds` of audio and returns the left channel.
-std::vector<float> play(TestHost& host, double seconds) {
-  std::vector<float> out;
-  const int blocks = static_cast<int>(seconds * 44100.0 / kBlock);
-  for (int b = 0; b < blocks; ++b) {
-    host.process(kBlock);
-    out.insert(out.end(), host.left.begin(), host.left.end());
-  }
-  return out;
-}
-
-// Fundamental frequency from the rising zero crossings of the second half of x.
-double fundamentalHz(const std::vector<float>& x) {
-  double first = -1.0, last = -1.0;
-  int crossings = 0;
-  for (size_t i = x.size() / 2; i + 1 < x.size(); ++i) {
-    if (x[i] < 0.0f && x[i + 1] >= 0.0f) {
-      const double t = i + x[i] / static_cast<double>(x[i] - x[i + 1]);
-      if (first < 0.0) first = t;
-      last = t;
-      ++crossings;
-    }
-  }
-  return crossings > 1 ? (crossings - 1) * 44100.0 / (last - first) : 0.0;
+    host.setPhysical(amount, 0.0f);
+  host.setPhysical(kShaperMix, 0.0f);
+  host.setPhysical(kAmpEnvAttack, 0.0f);
+  host.setPhysical(kAmpEnvSustain, 1.0f);
 }
 
 double noteHz(double note) {
@@ -80,16 +49,16 @@ TEST(VoiceChain, NotesSoundAtTheirPitch) {
   for (const Case& c : cases) {
     TestHost host;
     plainPatch(host);
-    setPhysical(host, kOsc1Octave, static_cast<float>(c.octave));
-    setPhysical(host, kOsc1Semi, static_cast<float>(c.semi));
-    setPhysical(host, kOsc1Cents, static_cast<float>(c.cents));
+    host.setPhysical(kOsc1Octave, static_cast<float>(c.octave));
+    host.setPhysical(kOsc1Semi, static_cast<float>(c.semi));
+    host.setPhysical(kOsc1Cents, static_cast<float>(c.cents));
     if (c.sub) {
-      setPhysical(host, kOsc1Gain, 0.0f);
-      setPhysical(host, kSubGain, 1.0f);
-      setPhysical(host, kSubShape, 0.25f);
+      host.setPhysical(kOsc1Gain, 0.0f);
+      host.setPhysical(kSubGain, 1.0f);
+      host.setPhysical(kSubShape, 0.25f);
     }
     host.noteOn(0, c.note);
-    const std::vector<float> out = play(host, 0.5);
+    const std::vector<float> out = host.play(0.5);
     EXPECT_NEAR(fundamentalHz(out), noteHz(c.expectedNote), noteHz(c.expectedNote) * 1e-3) << c.note;
   }
 }
@@ -97,14 +66,14 @@ TEST(VoiceChain, NotesSoundAtTheirPitch) {
 TEST(VoiceChain, ReleasedVoicesBecomeSilent) {
   TestHost host;
   plainPatch(host);
-  setPhysical(host, kAmpEnvRelease, 0.1f);
-  setPhysical(host, kFilter1Q, 1.0f);
-  setPhysical(host, kPolyphony, 8.0f);
+  host.setPhysical(kAmpEnvRelease, 0.1f);
+  host.setPhysical(kFilter1Q, 1.0f);
+  host.setPhysical(kPolyphony, 8.0f);
   for (int note : {40, 52, 64}) host.noteOn(0, note);
-  play(host, 0.2);
+  host.play(0.2);
   EXPECT_EQ(host.engine().soundingVoiceCount(), 3);
   for (int note : {40, 52, 64}) host.noteOff(0, note);
-  play(host, 1.0);
+  host.play(1.0);
   EXPECT_EQ(host.engine().soundingVoiceCount(), 0);
 }
 
