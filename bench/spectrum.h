@@ -6,8 +6,9 @@
 
 #include <cmath>
 #include <complex>
-#include <utility>
 #include <vector>
+
+#include "engine/fft.h"
 
 namespace ziv::bench {
 
@@ -15,27 +16,6 @@ struct AliasRatio {
   double belowDb;  // alias power below the split frequency over harmonic power, in dB
   double wholeDb;  // alias power over the whole band over harmonic power, in dB
 };
-
-inline void fftInPlace(std::vector<std::complex<double>>& a) {
-  const int n = static_cast<int>(a.size());
-  for (int i = 1, j = 0; i < n; ++i) {
-    int bit = n >> 1;
-    for (; j & bit; bit >>= 1) j ^= bit;
-    j ^= bit;
-    if (i < j) std::swap(a[i], a[j]);
-  }
-  for (int len = 2; len <= n; len <<= 1) {
-    const double angle = -2.0 * 3.14159265358979323846 / len;
-    for (int k = 0; k < len / 2; ++k) {
-      const std::complex<double> w = std::polar(1.0, angle * k);
-      for (int i = k; i < n; i += len) {
-        const std::complex<double> u = a[i], v = a[i + len / 2] * w;
-        a[i] = u + v;
-        a[i + len / 2] = u - v;
-      }
-    }
-  }
-}
 
 // x: the signal (its length is the analysis span); fundamentalHz: the harmonics' spacing.
 inline AliasRatio aliasRatio(const std::vector<float>& x, double rate, double fundamentalHz,
@@ -50,7 +30,7 @@ inline AliasRatio aliasRatio(const std::vector<float>& x, double rate, double fu
     const double w = 0.35875 - 0.48829 * std::cos(p) + 0.14128 * std::cos(2 * p) - 0.01168 * std::cos(3 * p);
     a[i] = x[i] * w;
   }
-  fftInPlace(a);
+  fft(a);
   double signal = 0.0, aliasBelow = 0.0, aliasWhole = 0.0;
   for (int k = 0; k <= kFft / 2; ++k) {
     const double hz = k * rate / kFft;

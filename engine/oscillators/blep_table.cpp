@@ -20,6 +20,8 @@
 #include <utility>
 #include <vector>
 
+#include "engine/fft.h"
+
 namespace ziv {
 namespace {
 
@@ -35,33 +37,6 @@ constexpr double kCutoff = 1.0067;
 constexpr int kFftSize = 32768;
 // Magnitudes are floored here before the logarithm (the window's stop band reaches far below).
 constexpr double kMagnitudeFloor = 1e-100;
-
-// In-place radix-2 FFT; inverse includes the 1/n scale. n must be a power of two.
-void fft(std::vector<Complex>& a, bool inverse) {
-  const int n = static_cast<int>(a.size());
-  for (int i = 1, j = 0; i < n; ++i) {
-    int bit = n >> 1;
-    for (; j & bit; bit >>= 1) j ^= bit;
-    j ^= bit;
-    if (i < j) std::swap(a[i], a[j]);
-  }
-  for (int len = 2; len <= n; len <<= 1) {
-    const double angle = (inverse ? 2.0 : -2.0) * kPiD / len;
-    for (int k = 0; k < len / 2; ++k) {
-      // Twiddles from the angle directly, not by repeated multiplication, to keep full accuracy.
-      const Complex w = std::polar(1.0, angle * k);
-      for (int i = k; i < n; i += len) {
-        const Complex u = a[i];
-        const Complex v = a[i + len / 2] * w;
-        a[i] = u + v;
-        a[i + len / 2] = u - v;
-      }
-    }
-  }
-  if (inverse) {
-    for (Complex& x : a) x /= static_cast<double>(n);
-  }
-}
 
 // The minimum-phase band-limited step, sampled kPhases times per sample, normalised to end at 1.
 std::vector<double> minimumPhaseStep() {
