@@ -14,7 +14,7 @@ namespace {
 
 using Apply = std::function<bool(HostOptions&, const std::string& value, std::string& error)>;
 
-struct OptionSpec {
+struct OptionRow {
   const char* longName;
   char shortName;         // 0: none
   const char* valueName;  // nullptr: a switch without value
@@ -91,8 +91,8 @@ bool applyFormat(HostOptions& options, const std::string& value, std::string& er
   return true;
 }
 
-const std::vector<OptionSpec>& optionTable() {
-  static const std::vector<OptionSpec> table = {
+const std::vector<OptionRow>& optionTable() {
+  static const std::vector<OptionRow> table = {
       {"out", 'o', "FILE", "WAV file to write (default out.wav)", text(&HostOptions::outputPath)},
       {"midi", 'm', "FILE", "Standard MIDI File to play (default: the built-in demo phrase)",
        text(&HostOptions::midiPath)},
@@ -138,11 +138,11 @@ const std::vector<OptionSpec>& optionTable() {
   return table;
 }
 
-const OptionSpec* findOption(const std::string& arg, std::string& inlineValue, bool& hasInlineValue) {
+const OptionRow* findOption(const std::string& arg, std::string& inlineValue, bool& hasInlineValue) {
   hasInlineValue = false;
   if (arg.size() == 2 && arg[0] == '-' && arg[1] != '-') {
-    for (const OptionSpec& spec : optionTable()) {
-      if (spec.shortName == arg[1]) return &spec;
+    for (const OptionRow& row : optionTable()) {
+      if (row.shortName == arg[1]) return &row;
     }
     return nullptr;
   }
@@ -153,8 +153,8 @@ const OptionSpec* findOption(const std::string& arg, std::string& inlineValue, b
     hasInlineValue = true;
     name = name.substr(0, equals);
   }
-  for (const OptionSpec& spec : optionTable()) {
-    if (name == spec.longName) return &spec;
+  for (const OptionRow& row : optionTable()) {
+    if (name == row.longName) return &row;
   }
   return nullptr;
 }
@@ -171,23 +171,23 @@ bool parseHostOptions(const std::vector<std::string>& args, HostOptions& options
     }
     std::string value;
     bool hasInlineValue = false;
-    const OptionSpec* spec = findOption(arg, value, hasInlineValue);
-    if (!spec) {
+    const OptionRow* row = findOption(arg, value, hasInlineValue);
+    if (!row) {
       error = "unknown option '" + arg + "'";
       return false;
     }
-    if (spec->valueName && !hasInlineValue) {
+    if (row->valueName && !hasInlineValue) {
       if (i + 1 >= args.size()) {
-        error = "option '" + arg + "' needs a value (" + spec->valueName + ")";
+        error = "option '" + arg + "' needs a value (" + row->valueName + ")";
         return false;
       }
       value = args[++i];
-    } else if (!spec->valueName && hasInlineValue) {
-      error = "option '--" + std::string(spec->longName) + "' takes no value";
+    } else if (!row->valueName && hasInlineValue) {
+      error = "option '--" + std::string(row->longName) + "' takes no value";
       return false;
     }
     std::string reason;
-    if (!spec->apply(options, value, reason)) {
+    if (!row->apply(options, value, reason)) {
       error = reason == "empty value" ? "option '" + arg + "' needs a non-empty value" : reason;
       return false;
     }
@@ -220,13 +220,13 @@ std::string usageText() {
       "PLUGIN is a Linux .so (run in this process) or a Windows .dll (run by vrnhost.exe under wine).\n"
       "\n"
       "options:\n";
-  for (const OptionSpec& spec : optionTable()) {
+  for (const OptionRow& row : optionTable()) {
     std::string left = "  ";
-    left += spec.shortName ? std::string("-") + spec.shortName + ", " : "    ";
-    left += "--" + std::string(spec.longName);
-    if (spec.valueName) left += " " + std::string(spec.valueName);
+    left += row.shortName ? std::string("-") + row.shortName + ", " : "    ";
+    left += "--" + std::string(row.longName);
+    if (row.valueName) left += " " + std::string(row.valueName);
     left.resize(std::max<std::size_t>(left.size() + 2, 28), ' ');
-    text += left + spec.help + "\n";
+    text += left + row.help + "\n";
   }
   return text;
 }
