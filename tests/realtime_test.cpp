@@ -40,8 +40,21 @@ TEST(RealTime, AudioCallsAllocateNothing) {
 
   TestHost host;
   VstTest& plugin = host.plugin();
+  // Everything that has state on: all voices, both sources and noise, the shaper, every effect,
+  // modulation from both LFOs, and a sample-rate change on the way.
   plugin.setParameter(kPolyphony, 1.0f);
   plugin.setParameter(kUnisonVoices, 1.0f);
+  host.setPhysical(kOsc2Waveform, 2.0f);
+  host.setPhysical(kOsc2Gain, 0.5f);
+  host.setPhysical(kSubGain, 0.5f);
+  host.setPhysical(kShaperMix, 0.7f);
+  host.setPhysical(kFilter1Mode, 3.0f);
+  host.setPhysical(kChorusMix, 0.5f);
+  host.setPhysical(kDelaySend, 0.5f);
+  host.setPhysical(kMasterLimiter, 1.0f);
+  plugin.setParameter(kVoiceLfoTarget1, 0.5f);
+  plugin.setParameter(kGlobalLfoTarget1, 0.5f);
+  plugin.setParameter(kGlobalLfoSync, 1.0f);
 
   // Events prepared up front, as a host would hold them.
   std::vector<vst2::VstMidiEvent> midi;
@@ -66,6 +79,7 @@ TEST(RealTime, AudioCallsAllocateNothing) {
   host.process(256);  // first block: anything lazy happens here
   countingAllocations = true;
   for (int block = 0; block < 50; ++block) {
+    if (block == 25) plugin.setSampleRate(96000.0f);
     plugin.processEvents(events);
     plugin.processReplacing(nullptr, outputs, block % 3 == 0 ? 4096 : 129);
     plugin.processReplacing(nullptr, outputs, 0);
