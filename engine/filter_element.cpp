@@ -25,9 +25,12 @@ void FilterElement::setSampleRate(float rate) {
 }
 
 void FilterElement::reset() {
+  // What the old history would still have rung out is faded over the next samples.
+  fadeCoefficients_ = coefficients_;
+  fadeX1_ = x1_, fadeX2_ = x2_, fadeY1_ = y1_, fadeY2_ = y2_;
+  crossfadeLeft_ = (x1_ != 0.0 || x2_ != 0.0 || y1_ != 0.0 || y2_ != 0.0) ? kCrossfadeSamples : 0;
   started_ = false;
   x1_ = x2_ = y1_ = y2_ = 0.0;
-  crossfadeLeft_ = kCrossfadeSamples;
 }
 
 bool FilterElement::isSilent() const {
@@ -135,15 +138,24 @@ void FilterElement::render(float* buf, int frames, int shape, float freqHz, floa
   double x1 = x1_, x2 = x2_, y1 = y1_, y2 = y2_;
 
   int i = 0;
-  // Restart crossfade: the filter runs from cleared history while the output moves from the dry
-  // input to the filtered signal.
-  for (; i < frames && crossfadeLeft_ > 0; ++i, --crossfadeLeft_) {
-    b0 += db0, b1 += db1, b2 += db2, a1 += da1, a2 += da2;
-    const double x = buf[i];
-    const double y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
-    x2 = x1, x1 = x, y2 = y1, y1 = y;
-    const double wet = static_cast<double>(kCrossfadeSamples - crossfadeLeft_) / kCrossfadeSamples;
-    buf[i] = static_cast<float>(x + (y - x) * wet);
+  if (crossfadeLeft_ > 0) {
+    // Restart crossfade. By linearity, the old filter fed the new input would give the new
+    // output plus the free ringing of its old history; that ringing (run with the old
+    // coefficients and no input) is added with a weight falling from 1 to 0, so the output
+    // continues where the old one was and the cleared history takes over without a step.
+    const Coefficients& old = fadeCoefficients_;
+    double gx1 = fadeX1_, gx2 = fadeX2_, gy1 = fadeY1_, gy2 = fadeY2_;
+    for (; i < frames && crossfadeLeft_ > 0; ++i, --crossfadeLeft_) {
+      b0 += db0, b1 += db1, b2 += db2, a1 += da1, a2 += da2;
+      const double x = buf[i];
+      const double y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
+      x2 = x1, x1 = x, y2 = y1, y1 = y;
+      const double ring = old.b1 * gx1 + old.b2 * gx2 - old.a1 * gy1 - old.a2 * gy2;
+      gx2 = gx1, gx1 = 0.0, gy2 = gy1, gy1 = ring;
+      const double weight = static_cast<double>(crossfadeLeft_) / kCrossfadeSamples;
+      buf[i] = static_cast<float>(y + ring * weight);
+    }
+    fadeX1_ = gx1, fadeX2_ = gx2, fadeY1_ = gy1, fadeY2_ = gy2;
   }
   for (; i < frames; ++i) {
     b0 += db0, b1 += db1, b2 += db2, a1 += da1, a2 += da2;

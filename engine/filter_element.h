@@ -13,9 +13,11 @@
 //   in 0.5 ms), which removes zipper steps from jumping knobs but lets a fast envelope through,
 // - interpolates the five coefficients linearly per sample from the last block's set to this
 //   block's, so the last sample of a block uses exactly the new set.
-// After reset() the first 20 output samples crossfade from the dry input to the filtered output,
-// so a restarted voice does not click while the cleared filter settles. The first block after a
-// reset takes its frequency and coefficients without slew or ramp.
+// reset() clears the history, but for the next 20 samples the output still carries what the old
+// history would have rung out, faded from full to nothing: a voice restarted while its filter
+// rings does not click, and a filter that was silent simply starts from rest (no dry signal
+// leaks through). The first block after a reset takes its frequency and coefficients without
+// slew or ramp.
 //
 // The structure is direct form I computed in double precision: its state is the last two inputs
 // and outputs, which do not depend on the coefficients, so per-sample coefficient changes (fast
@@ -46,8 +48,8 @@ class FilterElement {
   // engine does not render.
   void setSampleRate(float rate);
 
-  // Clears the history and arms the 20-sample dry-to-filtered crossfade; the next block takes its
-  // settings without slew. Audio thread (voice start), or any thread while the engine does not
+  // Clears the history and fades out its ringing over the next 20 samples; the next block takes
+  // its settings without slew. Audio thread (voice start), or any thread while the engine does not
   // render.
   void reset();
 
@@ -74,6 +76,9 @@ class FilterElement {
   // History: the last two inputs and outputs.
   double x1_ = 0.0, x2_ = 0.0, y1_ = 0.0, y2_ = 0.0;
   int crossfadeLeft_ = 0;
+  // The history and coefficients in force at the last reset, whose ringing the crossfade fades.
+  Coefficients fadeCoefficients_;
+  double fadeX1_ = 0.0, fadeX2_ = 0.0, fadeY1_ = 0.0, fadeY2_ = 0.0;
 };
 
 }  // namespace ziv

@@ -146,7 +146,7 @@ void VoiceFilter::renderVox(float* buf, int frames, const VoiceFilterInput& in) 
   if (!voxGainsValid_) std::copy(gain, gain + kFormants, voxGain_);
   voxGainsValid_ = true;
   // The formant gains scale each element's input (ramped per sample) rather than its output, so
-  // that the elements' restart crossfades pass the scaled dry signal, about unity in sum.
+  // a gain change passes through the formant's resonance instead of stepping its ringing.
   const float step = 1.0f / frames;
   for (int start = 0; start < frames; start += kMaxBlock) {
     const int n = std::min(kMaxBlock, frames - start);

@@ -47,7 +47,7 @@ class VoiceFilter {
   // Audio thread, or any thread while the engine does not render.
   void setSampleRate(float rate);
 
-  // Voice start: clears every element and arms their restart crossfades. Audio thread, or any
+  // Voice start: clears every element (each fades out its old ringing). Audio thread, or any
   // thread while the engine does not render.
   void reset();
 

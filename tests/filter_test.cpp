@@ -1,4 +1,4 @@
-// The filter element against the cookbook's responses, its clamp, restart crossfade, silence
+// The filter element against the cookbook's responses, its clamp, restart fade, silence
 // test and stability, and the voice filter's control mapping and vowel formants.
 #include <gtest/gtest.h>
 
@@ -116,28 +116,38 @@ TEST(FilterElement, ClampsCutoff) {
 
 // After a reset the output starts as the dry input and becomes, from sample 20 on, exactly the
 // filter's output from cleared history; the blend itself has no jumps.
-TEST(FilterElement, ResetCrossfadesFromDryWithoutClick) {
-  std::vector<float> input(256);
+TEST(FilterElement, ResetFadesOutTheOldRingingWithoutClick) {
+  std::vector<float> input(kMaxBlock);
   for (size_t i = 0; i < input.size(); ++i) input[i] = static_cast<float>(0.8 * std::sin(0.05 * i + 1.0));
-  FilterElement restarted, fresh;
-  restarted.setSampleRate(kRate);
-  fresh.setSampleRate(kRate);
-  // Give the restarted element some loud history to forget.
-  std::vector<float> noise(kMaxBlock, 5.0f);
-  restarted.render(noise.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  FilterElement restarted, continued, fresh, quietThenReset;
+  for (FilterElement* e : {&restarted, &continued, &fresh, &quietThenReset}) e->setSampleRate(kRate);
+  // Loud, ringing history for two of them; the same block of silence for the last.
+  std::vector<float> loud(kMaxBlock, 5.0f), quiet(kMaxBlock, 0.0f), ignored = loud;
+  restarted.render(loud.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  continued.render(ignored.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  quietThenReset.render(quiet.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
   restarted.reset();
+  quietThenReset.reset();
 
-  std::vector<float> a = input, b = input;
+  std::vector<float> a = input, c = input, f = input, q = input;
   restarted.render(a.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
-  fresh.render(b.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
-  EXPECT_FLOAT_EQ(a[0], input[0]);
-  for (int i = FilterElement::kCrossfadeSamples; i < kMaxBlock; ++i) EXPECT_FLOAT_EQ(a[i], b[i]) << i;
-  float maxStep = 0.0f, inputStep = 0.0f;
+  continued.render(c.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  fresh.render(f.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  quietThenReset.render(q.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+
+  EXPECT_NEAR(a[0], c[0], 1e-4f) << "the output goes on where the old filter was";
+  for (int i = FilterElement::kCrossfadeSamples; i < kMaxBlock; ++i) EXPECT_FLOAT_EQ(a[i], f[i]) << i;
+  for (int i = 0; i < kMaxBlock; ++i)
+    EXPECT_EQ(q[i], f[i]) << "a filter at rest starts from rest, no dry leak";
+  // The old ringing leaves in a straight 20-sample fade: no step beyond the fade's own slope
+  // plus the signal's.
+  float peak = 0.0f, maxStep = 0.0f, signalStep = 0.0f;
   for (int i = 1; i < 40; ++i) {
+    peak = std::max(peak, std::fabs(c[i]));
     maxStep = std::max(maxStep, std::fabs(a[i] - a[i - 1]));
-    inputStep = std::max(inputStep, std::fabs(input[i] - input[i - 1]));
+    signalStep = std::max(signalStep, std::max(std::fabs(c[i] - c[i - 1]), std::fabs(f[i] - f[i - 1])));
   }
-  EXPECT_LT(maxStep, 2.0f * inputStep);
+  EXPECT_LT(maxStep, peak / FilterElement::kCrossfadeSamples + 2.0f * signalStep);
 }
 
 TEST(FilterElement, SilenceFollowsTheLastTwoOutputs) {
