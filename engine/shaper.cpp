@@ -3,7 +3,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
+
+#include "engine/fir_design.h"
 
 namespace ziv {
 
@@ -11,17 +15,68 @@ namespace {
 
 constexpr double kTwoPiD = 6.283185307179586;
 
-// Double-rate interpolator (linear phase, centre at tap 5). Each polyphase branch (even taps,
-// odd taps) sums to exactly 0.5, so a constant input leaves no image at the base rate's Nyquist.
-constexpr double kUp[11] = {1.428834870e-03,  -6.253977860e-02, -6.797576276e-02, 8.282907173e-02,
-                            3.165469279e-01,  4.594214137e-01,  3.165469279e-01,  8.282907173e-02,
-                            -6.797576276e-02, -6.253977860e-02, 1.428834870e-03};
-// Double-rate decimator (linear phase, centre between taps 8 and 9), unity gain at DC.
-constexpr double kDown[18] = {
-    -1.630592683e-02, -1.249457118e-02, 2.212383560e-02, 3.792964395e-02, -1.565851019e-02, -8.201119168e-02,
-    -2.451394752e-02, 1.911067092e-01,  3.998239587e-01, 3.998239587e-01, 1.911067092e-01,  -2.451394752e-02,
-    -8.201119168e-02, -1.565851019e-02, 3.792964395e-02, 2.212383560e-02, -1.249457118e-02, -1.630592683e-02};
-constexpr double kUpGain = 2.0;  // zero-stuffing halves the level
+// The oversampling filters' bands, as fractions of the base rate. Both filters are flat up to
+// kPassEdge. The interpolator's error weighs kLowWeight times more below kLowEdge: the images of
+// the low, loud partials are the largest, and the drive multiplies them before the curve mixes
+// them with everything else. The decimator stops from the base rate's Nyquist frequency, so no
+// shaped component above it folds back, and weighs kFarStopWeight above kFarStopEdge, whose
+// components would fold back below 0.227 of the base rate (10 kHz at 44.1 kHz), where aliases
+// are heard most. The figures in shaper.h come from these values.
+constexpr double kPassEdge = 0.28;
+constexpr double kLowEdge = 0.068;
+constexpr double kLowWeight = 1000.0;
+constexpr double kStopEdge = 0.5;
+constexpr double kNearStopWeight = 30.0;
+constexpr double kFarStopEdge = 0.773;
+constexpr double kFarStopWeight = 1000.0;
+
+// The coefficients, designed once (see filters()).
+struct ShaperFilters {
+  float half[3];  // the half-sample interpolator's outer, middle and inner tap pairs
+  float down[9];  // the decimator's taps 0..8 (8 is the centre; 9..16 mirror 7..0)
+};
+
+// Amplitude of the second-order antiderivative step for a straight-line curve: it takes the
+// mean of three consecutive double-rate samples. The decimator divides it out in its pass band,
+// so small signals come through flat there.
+double inverseThreeSampleMean(double w) {
+  return 3.0 / (1.0 + 2.0 * std::cos(w));
+}
+double one(double) {
+  return 1.0;
+}
+
+ShaperFilters designFilters() {
+  ShaperFilters f{};
+  // The interpolated sample halfway between two inputs: a 6-tap half-sample delay, least-squares
+  // over the pass band at the base rate. With the inputs themselves as the other phase it is an
+  // 11-tap half-band interpolator, whose images of the pass band lie from 1 - kPassEdge of the
+  // base rate up, where the stop band's error mirrors the pass band's.
+  double half[6];
+  const FirBand halfBands[] = {{0.0, kTwoPiD * kLowEdge, kLowWeight, one},
+                               {kTwoPiD * kLowEdge, kTwoPiD * kPassEdge, 1.0, one}};
+  designLinearPhaseFir(6, halfBands, 2, half);
+  // The decimator, at the double rate, where the base rate's Nyquist frequency is pi / 2.
+  double down[17];
+  const double base = 0.5 * kTwoPiD;  // the base rate in radians per double-rate sample
+  const FirBand downBands[] = {{0.0, base * kPassEdge, 1.0, inverseThreeSampleMean},
+                               {base * kStopEdge, base * kFarStopEdge, kNearStopWeight, nullptr},
+                               {base * kFarStopEdge, base, kFarStopWeight, nullptr}};
+  designLinearPhaseFir(17, downBands, 3, down);
+  // Both pass a constant exactly.
+  double halfSum = 0.0, downSum = 0.0;
+  for (double h : half) halfSum += h;
+  for (double h : down) downSum += h;
+  for (int k = 0; k < 3; ++k) f.half[k] = static_cast<float>(half[k] / halfSum);
+  for (int k = 0; k < 9; ++k) f.down[k] = static_cast<float>(down[k] / downSum);
+  return f;
+}
+
+// The filters shared by every shaper, designed on first use (a shaper's construction).
+const ShaperFilters& filters() {
+  static const ShaperFilters kFilters = designFilters();
+  return kFilters;
+}
 
 // Drive ranges (drive 0 .. 1 maps exponentially between the two ends).
 constexpr double kClipMaxGain = 16.0;
@@ -37,9 +92,10 @@ constexpr double kClipCubic = 4.0 / 27.0;
 // Fold curve: a triangle of period 4 through the origin with slope 1.
 constexpr double kFoldPeriod = 4.0;
 
-// Below this step between consecutive double-rate inputs the antiderivative quotient loses
-// precision; the curve is then evaluated at the midpoint instead.
-constexpr double kAdaaMinStep = 1e-5;
+// Below this step between double-rate inputs the antiderivative quotients lose precision (their
+// rounding error grows as the inverse square of the steps); the exact limits for coinciding
+// inputs are used instead (see spanMean).
+constexpr double kAdaaMinStep = 1e-4;
 
 // sin(2 pi t) by reduction to a quarter period and an odd Taylor polynomial to degree 15
 // (error below 1e-11), much faster than the library's sin and accurate enough for the
@@ -63,12 +119,16 @@ double cosCycles(double t) {
 
 }  // namespace
 
+Shaper::Shaper() {
+  filters();
+}
+
 void Shaper::reset() {
-  std::fill(std::begin(input_), std::end(input_), 0.0f);
-  std::fill(std::begin(wetHistory_), std::end(wetHistory_), 0.0);
-  inputPos_ = 0;
-  lastU_ = 0.0;
-  lastF_ = 0.0;
+  std::fill(std::begin(history_), std::end(history_), 0.0f);
+  std::fill(std::begin(earlyHistory_), std::end(earlyHistory_), 0.0);
+  std::fill(std::begin(lateHistory_), std::end(lateHistory_), 0.0);
+  std::fill(std::begin(lastU_), std::end(lastU_), 0.0);
+  std::fill(std::begin(lastF_), std::end(lastF_), 0.0);
   started_ = false;
   wetRunning_ = false;
 }
@@ -131,107 +191,185 @@ double curveIntegral(double u) {
   }
 }
 
+// Second antiderivatives, each 0 at u = 0.
+template <int kMode>
+double curveIntegral2(double u) {
+  if constexpr (kMode == kShaperSine) {
+    return u - sinCycles(u / kTwoPiD);
+  } else if constexpr (kMode == kShaperCrush) {
+    return u * u * u / 6.0 + (sinCycles(u) / kTwoPiD - u) / (kTwoPiD * kTwoPiD);
+  } else if constexpr (kMode == kShaperFold) {
+    // The first antiderivative has the mean 1/2, so this one is u / 2 plus a periodic part,
+    // integrated piece by piece over the period.
+    const double s = u + 1.0 - kFoldPeriod * std::floor((u + 1.0) / kFoldPeriod);
+    const double v = s - 2.0;
+    const double w = s <= 2.0 ? s * s * (s / 6.0 - 0.5) : v * v * (0.5 - v / 6.0) - 2.0 / 3.0;
+    return 0.5 * u + w + 1.0 / 3.0;
+  } else {
+    // The cubic's part up to the knee, then the first antiderivative at the knee growing by the
+    // distance past it (signed: the curve is odd, its second antiderivative too), plus that
+    // distance's own integral. Clamped rather than mirrored, so the loop vectorises.
+    const double c = std::min(std::max(u, -kClipKnee), kClipKnee);
+    const double e = u - c;
+    const double c2 = c * c;
+    const double inner = c * c2 * (1.0 / 6.0 - (kClipCubic / 20.0) * c2);
+    const double atKnee = c2 * (0.5 - (kClipCubic / 4.0) * c2);
+    return inner + e * (atKnee + 0.5 * std::fabs(e));
+  }
+}
+
+// The shaped value where some of the steps between u2, u1 and u0 are too small for the plain
+// quotient: the limits of twice the second divided difference of the second antiderivative
+// (g0..g2 are its values at u0..u2) as inputs coincide, from the first antiderivative and the
+// curve itself.
+template <int kMode>
+double spanMean(double u0, double u1, double u2, double g0, double g1, double g2) {
+  const double d01 = u0 - u1, d12 = u1 - u2, d02 = u0 - u2;
+  if (std::fabs(d02) > kAdaaMinStep) {
+    const double a = std::fabs(d01) > kAdaaMinStep ? (g0 - g1) / d01 : curveIntegral<kMode>(0.5 * (u0 + u1));
+    const double b = std::fabs(d12) > kAdaaMinStep ? (g1 - g2) / d12 : curveIntegral<kMode>(0.5 * (u1 + u2));
+    return 2.0 * (a - b) / d02;
+  }
+  // Out to u1 and back to where it started: the difference with a repeated point.
+  const double back = 0.5 * (u0 + u2);
+  const double delta = u1 - back;
+  if (std::fabs(delta) > kAdaaMinStep) {
+    return 2.0 / delta * ((g1 - curveIntegral2<kMode>(back)) / delta - curveIntegral<kMode>(back));
+  }
+  return curve<kMode>((u0 + u1 + u2) / 3.0);
+}
+
 }  // namespace
 
-double Shaper::antiderivative(int mode, double u) {
+double Shaper::antiderivative2(int mode, double u) {
   switch (mode) {
     case kShaperSine:
-      return curveIntegral<kShaperSine>(u);
+      return curveIntegral2<kShaperSine>(u);
     case kShaperCrush:
-      return curveIntegral<kShaperCrush>(u);
+      return curveIntegral2<kShaperCrush>(u);
     case kShaperFold:
-      return curveIntegral<kShaperFold>(u);
+      return curveIntegral2<kShaperFold>(u);
     default:
-      return curveIntegral<kShaperClip>(u);
+      return curveIntegral2<kShaperClip>(u);
   }
 }
 
-void Shaper::pushInput(float x) {
-  input_[inputPos_] = x;
-  input_[inputPos_ + kHistory] = x;
-  inputPos_ = (inputPos_ + 1) & (kHistory - 1);
-}
-
 template <int kMode>
-void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, double outputGain,
-                       double dOut, double* wet) {
-  // Double-rate samples, each array led by the previous block's last one.
-  double u[2 * kMaxBlock + 1];
-  double integral[2 * kMaxBlock + 1];
-  u[0] = lastU_;
-  integral[0] = lastF_;
-  // Interpolation. Both FIRs are symmetric (linear phase), so mirrored taps share one
-  // multiplication.
+void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, float outputGain, float dOut,
+                       float* wet) {
+  const ShaperFilters& f = filters();
+  const float h0 = f.half[0], h1 = f.half[1], h2 = f.half[2];
+  // Double-rate samples, each array led by the previous block's last two.
+  double u[2 * kMaxBlock + 2];
+  double integral[2 * kMaxBlock + 2];
+  u[0] = lastU_[0];
+  u[1] = lastU_[1];
+  integral[0] = lastF_[0];
+  integral[1] = lastF_[1];
+  // Interpolation: per base sample, the input three samples back, then the point halfway to the
+  // next one (both 5 double-rate samples late), the latter in single precision like the input.
+  // The half-sample filter is symmetric, so mirrored taps share one multiplication.
+  float between[kMaxBlock];
   for (int i = 0; i < count; ++i) {
     const float* x = line + i;
-    const double even = kUp[0] * (static_cast<double>(x[0]) + x[-5]) +
-                        kUp[2] * (static_cast<double>(x[-1]) + x[-4]) +
-                        kUp[4] * (static_cast<double>(x[-2]) + x[-3]);
-    const double odd = kUp[1] * (static_cast<double>(x[0]) + x[-4]) +
-                       kUp[3] * (static_cast<double>(x[-1]) + x[-3]) + kUp[5] * x[-2];
-    u[2 * i + 1] = kUpGain * (gain + (i + 0.5) * dGain) * even;
-    u[2 * i + 2] = kUpGain * (gain + (i + 1) * dGain) * odd;
+    between[i] = h0 * (x[0] + x[-5]) + h1 * (x[-1] + x[-4]) + h2 * (x[-2] + x[-3]);
+  }
+  for (int i = 0; i < count; ++i) {
+    u[2 * i + 2] = (gain + (i + 0.5) * dGain) * line[i - 3];
+    u[2 * i + 3] = (gain + (i + 1) * dGain) * between[i];
   }
   const int n = 2 * count;
-  for (int j = 1; j <= n; ++j) integral[j] = curveIntegral<kMode>(u[j]);
+  for (int j = 2; j < n + 2; ++j) integral[j] = curveIntegral2<kMode>(u[j]);
 
-  // The shaped samples behind the decimator's history, then the mean of the curve between
-  // consecutive inputs.
-  double y[kWetHistory + 2 * kMaxBlock];
-  std::copy(std::begin(wetHistory_), std::end(wetHistory_), y);
-  double* shaped = y + kWetHistory;
-  for (int j = 1; j <= n; ++j) {
-    const double du = u[j] - u[j - 1];
-    const double divisor = std::fabs(du) > kAdaaMinStep ? du : 1.0;
-    shaped[j - 1] = (integral[j] - integral[j - 1]) / divisor;
+  // The shaped samples: the curve's mean over the span of each three consecutive inputs, twice
+  // the second divided difference of its second antiderivative over one common denominator.
+  double shaped[2 * kMaxBlock];
+  double step[2 * kMaxBlock + 2];  // the smallest of the three steps behind each sample
+  for (int j = 2; j < n + 2; ++j) {
+    const double d01 = u[j] - u[j - 1], d12 = u[j - 1] - u[j - 2], d02 = u[j] - u[j - 2];
+    step[j] = std::min(std::min(std::fabs(d01), std::fabs(d12)), std::fabs(d02));
+    const double numerator =
+        (integral[j] - integral[j - 1]) * d12 - (integral[j - 1] - integral[j - 2]) * d01;
+    shaped[j - 2] = 2.0 * numerator / (step[j] > kAdaaMinStep ? d01 * d12 * d02 : 1.0);
   }
-  // Where consecutive inputs nearly coincide the quotient loses precision: the curve at their
-  // midpoint instead. A separate, rarely taken pass keeps the loop above free of branches.
-  for (int j = 1; j <= n; ++j) {
-    if (!(std::fabs(u[j] - u[j - 1]) > kAdaaMinStep)) shaped[j - 1] = curve<kMode>(0.5 * (u[j] + u[j - 1]));
+  // Where steps are too small the quotient loses precision: its limits instead. Separate, rarely
+  // taken passes keep the loop above free of branches.
+  // The test for any narrow step ANDs the sign bits of kAdaaMinStep - step (set where the step is
+  // wide) as integers, which vectorises where a comparison or a minimum over doubles does not.
+  std::uint64_t allWide = ~std::uint64_t{0};
+  for (int j = 2; j < n + 2; ++j) {
+    const double margin = kAdaaMinStep - step[j];
+    std::uint64_t bits;
+    std::memcpy(&bits, &margin, sizeof bits);
+    allWide &= bits;
   }
-  lastU_ = u[n];
-  lastF_ = integral[n];
-  std::copy(y + n, y + n + kWetHistory, wetHistory_);
+  if ((allWide >> 63) == 0) {
+    for (int j = 2; j < n + 2; ++j) {
+      if (!(step[j] > kAdaaMinStep)) {
+        shaped[j - 2] =
+            spanMean<kMode>(u[j], u[j - 1], u[j - 2], integral[j], integral[j - 1], integral[j - 2]);
+      }
+    }
+  }
+  lastU_[0] = u[n];
+  lastU_[1] = u[n + 1];
+  lastF_[0] = integral[n];
+  lastF_[1] = integral[n + 1];
+
+  // The two phases apart, each behind its history, so that the decimator reads both with unit
+  // strides.
+  // In single precision from here: the differences above needed double, the filter does not.
+  float early[kPhaseHistory + kMaxBlock];
+  float late[kPhaseHistory + kMaxBlock];
+  std::copy(std::begin(earlyHistory_), std::end(earlyHistory_), early);
+  std::copy(std::begin(lateHistory_), std::end(lateHistory_), late);
+  for (int i = 0; i < count; ++i) {
+    early[kPhaseHistory + i] = static_cast<float>(shaped[2 * i]);
+    late[kPhaseHistory + i] = static_cast<float>(shaped[2 * i + 1]);
+  }
+  std::copy(early + count, early + count + kPhaseHistory, earlyHistory_);
+  std::copy(late + count, late + count + kPhaseHistory, lateHistory_);
 
   if (wet == nullptr) return;
-  // Decimation at the even double-rate instants, which puts the whole chain's delay at exactly
-  // 14 double-rate samples.
+  // Decimation at the second double-rate sample of each pair, which puts the whole chain's delay
+  // at exactly 14 double-rate samples. The even taps fall on the late phase, the odd taps on the
+  // early one; the decimator is symmetric, so mirrored taps share one multiplication.
+  const float d0 = f.down[0], d1 = f.down[1], d2 = f.down[2], d3 = f.down[3], d4 = f.down[4];
+  const float d5 = f.down[5], d6 = f.down[6], d7 = f.down[7], d8 = f.down[8];
   for (int i = 0; i < count; ++i) {
-    const double* w = shaped + 2 * i;
-    double sum = 0.0;
-    for (int k = 0; k < kDownTaps / 2; ++k) sum += kDown[k] * (w[-k] + w[k + 1 - kDownTaps]);
-    wet[i] = sum * (outputGain + (i + 1) * dOut);
+    const float* l = late + kPhaseHistory + i;
+    const float* e = early + kPhaseHistory + i;
+    const float sum = d0 * (l[0] + l[-8]) + d2 * (l[-1] + l[-7]) + d4 * (l[-2] + l[-6]) +
+                      d6 * (l[-3] + l[-5]) + d8 * l[-4] + d1 * (e[0] + e[-7]) + d3 * (e[-1] + e[-6]) +
+                      d5 * (e[-2] + e[-5]) + d7 * (e[-3] + e[-4]);
+    wet[i] = sum * (outputGain + static_cast<float>(i + 1) * dOut);
   }
 }
 
 template <int kMode>
-void Shaper::renderWet(float* buf, int frames, const Curve& from, const Curve& to, float mix0, float mix) {
-  // The input as one line: the history ring, oldest first, then this block.
-  float line[kHistory + kMaxBlock];
-  for (int k = 0; k < kHistory; ++k) line[k] = input_[(inputPos_ + k) & (kHistory - 1)];
-  std::copy(buf, buf + frames, line + kHistory);
-  for (int i = 0; i < frames; ++i) pushInput(buf[i]);
-
+void Shaper::renderWet(const float* line, float* buf, int frames, const Curve& from, const Curve& to,
+                       float mix0, float mix) {
   if (!wetRunning_) {
     // Re-prime the chain over the recent input so it continues as if it had never stopped.
-    std::fill(std::begin(wetHistory_), std::end(wetHistory_), 0.0);
-    lastU_ = 0.0;
-    lastF_ = 0.0;
-    shapeSpan<kMode>(line + kHistory - kPrimeSamples, kPrimeSamples, from.inputGain, 0.0, from.outputGain,
-                     0.0, nullptr);
+    std::fill(std::begin(earlyHistory_), std::end(earlyHistory_), 0.0f);
+    std::fill(std::begin(lateHistory_), std::end(lateHistory_), 0.0f);
+    std::fill(std::begin(lastU_), std::end(lastU_), 0.0);
+    std::fill(std::begin(lastF_), std::end(lastF_), 0.0);
+    shapeSpan<kMode>(line + kHistory - kPrimeSamples, kPrimeSamples, from.inputGain, 0.0,
+                     static_cast<float>(from.outputGain), 0.0f, nullptr);
     wetRunning_ = true;
   }
 
   const double inv = 1.0 / frames;
-  double wet[kMaxBlock];
+  float wet[kMaxBlock];
   shapeSpan<kMode>(line + kHistory, frames, from.inputGain, (to.inputGain - from.inputGain) * inv,
-                   from.outputGain, (to.outputGain - from.outputGain) * inv, wet);
-  const double dMix = (static_cast<double>(mix) - mix0) * inv;
+                   static_cast<float>(from.outputGain),
+                   static_cast<float>((to.outputGain - from.outputGain) * inv), wet);
+  const float dMix = (mix - mix0) / static_cast<float>(frames);
   for (int i = 0; i < frames; ++i) {
-    const double dry = line[kHistory + i - kLatency];
-    const double m = mix0 + (i + 1) * dMix;
-    buf[i] = static_cast<float>(dry + (wet[i] - dry) * m);
+    const float dry = line[kHistory + i - kLatency];
+    const float m = mix0 + static_cast<float>(i + 1) * dMix;
+    buf[i] = dry + (wet[i] - dry) * m;
   }
 }
 
@@ -248,7 +386,7 @@ void Shaper::render(float* buf, int frames, int mode, float drive, float mix) {
   }
   if (mode != mode_) {
     // The antiderivative state belongs to the curve: restate it for the new one.
-    lastF_ = antiderivative(mode, lastU_);
+    for (int k = 0; k < 2; ++k) lastF_[k] = antiderivative2(mode, lastU_[k]);
     mode_ = mode;
   }
   const float mix0 = mix_;
@@ -257,27 +395,30 @@ void Shaper::render(float* buf, int frames, int mode, float drive, float mix) {
   drive_ = drive;
   mix_ = mix;
 
+  // The input as one line: the history, oldest first, then this block.
+  float line[kHistory + kMaxBlock];
+  std::copy(std::begin(history_), std::end(history_), line);
+  std::copy(buf, buf + frames, line + kHistory);
+  std::copy(line + frames, line + frames + kHistory, history_);
+
   if (mix0 <= 0.0f && mix <= 0.0f) {
     // Bypass: a pure delay line.
     wetRunning_ = false;
-    for (int i = 0; i < frames; ++i) {
-      pushInput(buf[i]);
-      buf[i] = input_[((inputPos_ - 1 - kLatency) & (kHistory - 1)) + kHistory];
-    }
+    std::copy(line + kHistory - kLatency, line + kHistory - kLatency + frames, buf);
     return;
   }
   switch (mode) {
     case kShaperSine:
-      renderWet<kShaperSine>(buf, frames, from, to, mix0, mix);
+      renderWet<kShaperSine>(line, buf, frames, from, to, mix0, mix);
       break;
     case kShaperCrush:
-      renderWet<kShaperCrush>(buf, frames, from, to, mix0, mix);
+      renderWet<kShaperCrush>(line, buf, frames, from, to, mix0, mix);
       break;
     case kShaperFold:
-      renderWet<kShaperFold>(buf, frames, from, to, mix0, mix);
+      renderWet<kShaperFold>(line, buf, frames, from, to, mix0, mix);
       break;
     default:
-      renderWet<kShaperClip>(buf, frames, from, to, mix0, mix);
+      renderWet<kShaperClip>(line, buf, frames, from, to, mix0, mix);
       break;
   }
 }
