@@ -274,23 +274,30 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
     const float* x = line + i;
     between[i] = h0 * (x[0] + x[-5]) + h1 * (x[-1] + x[-4]) + h2 * (x[-2] + x[-3]);
   }
-  for (int i = 0; i < count; ++i) {
-    u[2 * i + 2] = (gain + (i + 0.5) * dGain) * line[i - 3];
-    u[2 * i + 3] = (gain + (i + 1) * dGain) * between[i];
+  if (dGain == 0.0) {  // the usual case: the drive holds still
+    for (int i = 0; i < count; ++i) {
+      u[2 * i + 2] = gain * line[i - 3];
+      u[2 * i + 3] = gain * between[i];
+    }
+  } else {
+    for (int i = 0; i < count; ++i) {
+      u[2 * i + 2] = (gain + (i + 0.5) * dGain) * line[i - 3];
+      u[2 * i + 3] = (gain + (i + 1) * dGain) * between[i];
+    }
   }
   const int n = 2 * count;
   for (int j = 2; j < n + 2; ++j) integral[j] = curveIntegral2<kMode>(u[j]);
 
   // The shaped samples: the curve's mean over the span of each three consecutive inputs, twice
   // the second divided difference of its second antiderivative over one common denominator.
-  double shaped[2 * kMaxBlock];
+  float shaped[2 * kMaxBlock];     // single precision from here: the filter needs no more
   double step[2 * kMaxBlock + 2];  // the smallest of the three steps behind each sample
   for (int j = 2; j < n + 2; ++j) {
     const double d01 = u[j] - u[j - 1], d12 = u[j - 1] - u[j - 2], d02 = u[j] - u[j - 2];
     step[j] = std::min(std::min(std::fabs(d01), std::fabs(d12)), std::fabs(d02));
     const double numerator =
         (integral[j] - integral[j - 1]) * d12 - (integral[j - 1] - integral[j - 2]) * d01;
-    shaped[j - 2] = 2.0 * numerator / (step[j] > kAdaaMinStep ? d01 * d12 * d02 : 1.0);
+    shaped[j - 2] = static_cast<float>(2.0 * numerator / (step[j] > kAdaaMinStep ? d01 * d12 * d02 : 1.0));
   }
   // Where steps are too small the quotient loses precision: its limits instead. Separate, rarely
   // taken passes keep the loop above free of branches.
@@ -306,8 +313,8 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
   if ((allWide >> 63) == 0) {
     for (int j = 2; j < n + 2; ++j) {
       if (!(step[j] > kAdaaMinStep)) {
-        shaped[j - 2] =
-            spanMean<kMode>(u[j], u[j - 1], u[j - 2], integral[j], integral[j - 1], integral[j - 2]);
+        shaped[j - 2] = static_cast<float>(
+            spanMean<kMode>(u[j], u[j - 1], u[j - 2], integral[j], integral[j - 1], integral[j - 2]));
       }
     }
   }
@@ -318,14 +325,13 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
 
   // The two phases apart, each behind its history, so that the decimator reads both with unit
   // strides.
-  // In single precision from here: the differences above needed double, the filter does not.
   float early[kPhaseHistory + kMaxBlock];
   float late[kPhaseHistory + kMaxBlock];
   std::copy(std::begin(earlyHistory_), std::end(earlyHistory_), early);
   std::copy(std::begin(lateHistory_), std::end(lateHistory_), late);
   for (int i = 0; i < count; ++i) {
-    early[kPhaseHistory + i] = static_cast<float>(shaped[2 * i]);
-    late[kPhaseHistory + i] = static_cast<float>(shaped[2 * i + 1]);
+    early[kPhaseHistory + i] = shaped[2 * i];
+    late[kPhaseHistory + i] = shaped[2 * i + 1];
   }
   std::copy(early + count, early + count + kPhaseHistory, earlyHistory_);
   std::copy(late + count, late + count + kPhaseHistory, lateHistory_);
