@@ -97,11 +97,22 @@ constexpr double kFoldPeriod = 4.0;
 // inputs are used instead (see spanMean).
 constexpr double kAdaaMinStep = 1e-4;
 
+// The periodic curves' input is clamped to this magnitude, far beyond any level a voice reaches,
+// so that every argument they reduce stays within 32-bit integers for floorSmall.
+constexpr float kInputLimit = 1.0e4f;
+
+// floor(t) for |t| below 2^31 through a 32-bit truncation: unlike std::floor without SSE4.1,
+// loops over it vectorise.
+double floorSmall(double t) {
+  const double truncated = static_cast<double>(static_cast<std::int32_t>(t));
+  return truncated > t ? truncated - 1.0 : truncated;
+}
+
 // sin(2 pi t) by reduction to a quarter period and an odd Taylor polynomial to degree 15
 // (error below 1e-11), much faster than the library's sin and accurate enough for the
 // antiderivative differences.
 double sinCycles(double t) {
-  t -= std::floor(t + 0.5);  // -0.5 .. 0.5
+  t -= floorSmall(t + 0.5);  // -0.5 .. 0.5
   if (t > 0.25) t = 0.5 - t;
   if (t < -0.25) t = -0.5 - t;
   const double x = kTwoPiD * t;
@@ -160,7 +171,7 @@ double curve(double u) {
   } else if constexpr (kMode == kShaperCrush) {
     return u - sinCycles(u) / kTwoPiD;
   } else if constexpr (kMode == kShaperFold) {
-    const double s = u + 1.0 - kFoldPeriod * std::floor((u + 1.0) / kFoldPeriod);  // 0 .. 4
+    const double s = u + 1.0 - kFoldPeriod * floorSmall((u + 1.0) / kFoldPeriod);  // 0 .. 4
     return s <= 2.0 ? s - 1.0 : 3.0 - s;
   } else {
     if (u >= kClipKnee) return 1.0;
@@ -178,7 +189,7 @@ double curveIntegral(double u) {
     return 0.5 * u * u + (cosCycles(u) - 1.0) / (kTwoPiD * kTwoPiD);
   } else if constexpr (kMode == kShaperFold) {
     // The triangle integrates to 0 over a period, so its antiderivative is periodic too.
-    const double s = u + 1.0 - kFoldPeriod * std::floor((u + 1.0) / kFoldPeriod);
+    const double s = u + 1.0 - kFoldPeriod * floorSmall((u + 1.0) / kFoldPeriod);
     const double g = s <= 2.0 ? 0.5 * s * s - s : 3.0 * (s - 2.0) - 0.5 * (s * s - 4.0);
     return g + 0.5;  // G(1) = -0.5 at u = 0
   } else {
@@ -201,7 +212,7 @@ double curveIntegral2(double u) {
   } else if constexpr (kMode == kShaperFold) {
     // The first antiderivative has the mean 1/2, so this one is u / 2 plus a periodic part,
     // integrated piece by piece over the period.
-    const double s = u + 1.0 - kFoldPeriod * std::floor((u + 1.0) / kFoldPeriod);
+    const double s = u + 1.0 - kFoldPeriod * floorSmall((u + 1.0) / kFoldPeriod);
     const double v = s - 2.0;
     const double w = s <= 2.0 ? s * s * (s / 6.0 - 0.5) : v * v * (0.5 - v / 6.0) - 2.0 / 3.0;
     return 0.5 * u + w + 1.0 / 3.0;
@@ -267,21 +278,32 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
   integral[0] = lastF_[0];
   integral[1] = lastF_[1];
   // Interpolation: per base sample, the input three samples back, then the point halfway to the
-  // next one (both 5 double-rate samples late), the latter in single precision like the input.
+  // next one (both 5 double-rate samples late), the latter in single precision like the input;
+  // both clamped to kInputLimit for the curves that reduce their argument to a period (the clip's
+  // arithmetic stays finite for any finite input).
   // The half-sample filter is symmetric, so mirrored taps share one multiplication.
+  float held[kMaxBlock];  // the input itself, three samples back
   float between[kMaxBlock];
   for (int i = 0; i < count; ++i) {
     const float* x = line + i;
-    between[i] = h0 * (x[0] + x[-5]) + h1 * (x[-1] + x[-4]) + h2 * (x[-2] + x[-3]);
+    const float mid = h0 * (x[0] + x[-5]) + h1 * (x[-1] + x[-4]) + h2 * (x[-2] + x[-3]);
+    held[i] = x[-3];
+    between[i] = mid;
+  }
+  if constexpr (kMode != kShaperClip) {
+    for (int i = 0; i < count; ++i) {
+      held[i] = std::min(std::max(held[i], -kInputLimit), kInputLimit);
+      between[i] = std::min(std::max(between[i], -kInputLimit), kInputLimit);
+    }
   }
   if (dGain == 0.0) {  // the usual case: the drive holds still
     for (int i = 0; i < count; ++i) {
-      u[2 * i + 2] = gain * line[i - 3];
+      u[2 * i + 2] = gain * held[i];
       u[2 * i + 3] = gain * between[i];
     }
   } else {
     for (int i = 0; i < count; ++i) {
-      u[2 * i + 2] = (gain + (i + 0.5) * dGain) * line[i - 3];
+      u[2 * i + 2] = (gain + (i + 0.5) * dGain) * held[i];
       u[2 * i + 3] = (gain + (i + 1) * dGain) * between[i];
     }
   }

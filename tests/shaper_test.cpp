@@ -155,6 +155,27 @@ TEST(Shaper, SmallSignalsPassFlatAndInPhase) {
   }
 }
 
+// Absurd input levels (a broken filter upstream) keep the output finite, and the curves that
+// saturate or fold keep it within a little over full scale.
+TEST(Shaper, ExtremeInputStaysFiniteAndBounded) {
+  std::vector<float> in(4 * kMaxBlock);
+  for (int i = 0; i < static_cast<int>(in.size()); ++i) {
+    const float level = i < 2 * kMaxBlock ? 1e30f : 3e5f;
+    in[i] = (i % 3 == 0 ? -level : level) * (1.0f + 0.001f * i);
+  }
+  for (int mode = kShaperClip; mode <= kShaperFold; ++mode) {
+    for (float drive : {0.0f, 1.0f}) {
+      const std::vector<float> out = shape(in, mode, drive, 1.0f);
+      for (int i = 0; i < static_cast<int>(out.size()); ++i) {
+        ASSERT_TRUE(std::isfinite(out[i])) << "mode " << mode << " drive " << drive << " at " << i;
+        if (mode != kShaperCrush) {
+          ASSERT_LT(std::fabs(out[i]), 2.0f) << "mode " << mode << " at " << i;
+        }
+      }
+    }
+  }
+}
+
 // A full-scale sine at full drive whose period is 41 / cycles samples: every harmonic lies on a
 // multiple of cycles in the 41-point spectrum of one period, any other bin holds only aliases.
 // Their power relative to the harmonics', in dB.
