@@ -52,12 +52,12 @@ ShaperFilters designFilters() {
   // over the pass band at the base rate. With the inputs themselves as the other phase it is an
   // 11-tap half-band interpolator, whose images of the pass band lie from 1 - kPassEdge of the
   // base rate up, where the stop band's error mirrors the pass band's.
-  double half[6];
+  double half[6] = {};
   const FirBand halfBands[] = {{0.0, kTwoPiD * kLowEdge, kLowWeight, one},
                                {kTwoPiD * kLowEdge, kTwoPiD * kPassEdge, 1.0, one}};
   designLinearPhaseFir(6, halfBands, 2, half);
   // The decimator, at the double rate, where the base rate's Nyquist frequency is pi / 2.
-  double down[17];
+  double down[17] = {};
   const double base = 0.5 * kTwoPiD;  // the base rate in radians per double-rate sample
   const FirBand downBands[] = {{0.0, base * kPassEdge, 1.0, inverseThreeSampleMean},
                                {base * kStopEdge, base * kFarStopEdge, kNearStopWeight, nullptr},
@@ -136,8 +136,8 @@ Shaper::Shaper() {
 
 void Shaper::reset() {
   std::fill(std::begin(history_), std::end(history_), 0.0f);
-  std::fill(std::begin(earlyHistory_), std::end(earlyHistory_), 0.0);
-  std::fill(std::begin(lateHistory_), std::end(lateHistory_), 0.0);
+  std::fill(std::begin(earlyHistory_), std::end(earlyHistory_), 0.0f);
+  std::fill(std::begin(lateHistory_), std::end(lateHistory_), 0.0f);
   std::fill(std::begin(lastU_), std::end(lastU_), 0.0);
   std::fill(std::begin(lastF_), std::end(lastF_), 0.0);
   started_ = false;

@@ -13,9 +13,9 @@
 //   of 1 to 8.
 // Antialiasing: the shaping runs at twice the sample rate with second-order antiderivative
 // antialiasing (each output is twice the second divided difference of the curve's second
-// antiderivative over three consecutive inputs: the curve averaged over the span they cover, for
-// a straight line their mean), between an 11-tap half-band interpolator and a 17-tap decimator.
-// Both are linear-phase least-squares designs made once by our own code (fir_design.h): the
+// antiderivative over three consecutive inputs: a weighted average of the curve over the span
+// they cover, for a straight line their mean), between an 11-tap half-band interpolator and a 17-tap
+// decimator. Both are linear-phase least-squares designs made once by our own code (fir_design.h): the
 // interpolator's new samples halfway between inputs come from a 6-tap half-sample delay fitted up
 // to 0.28 of the base rate; the decimator passes to 0.28, undoing the three-sample mean's loss
 // there, and stops from 0.5 of the base rate. Latency: interpolator 5, antiderivative step 1,
@@ -28,7 +28,8 @@
 // whole band, up to note 103 in every mode.
 // Drive and mix ramp linearly across each block. Limits: mode changes switch at the block start
 // (the curves differ, a change mid-note may be heard as a step in timbre); frames per call are at
-// most kMaxBlock.
+// most kMaxBlock; "Sine", "Crush" and "Fold" clamp their input to +-1e4 (far beyond any level a
+// voice reaches).
 #pragma once
 
 #include "engine/dsp.h"
