@@ -174,9 +174,8 @@ double curve(double u) {
     const double s = u + 1.0 - kFoldPeriod * floorSmall((u + 1.0) / kFoldPeriod);  // 0 .. 4
     return s <= 2.0 ? s - 1.0 : 3.0 - s;
   } else {
-    if (u >= kClipKnee) return 1.0;
-    if (u <= -kClipKnee) return -1.0;
-    return u - kClipCubic * u * u * u;
+    const double c = std::min(std::max(u, -kClipKnee), kClipKnee);
+    return c - kClipCubic * c * c * c;
   }
 }
 
@@ -321,20 +320,33 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
         (integral[j] - integral[j - 1]) * d12 - (integral[j - 1] - integral[j - 2]) * d01;
     shaped[j - 2] = static_cast<float>(2.0 * numerator / (step[j] > kAdaaMinStep ? d01 * d12 * d02 : 1.0));
   }
-  // Where steps are too small the quotient loses precision: its limits instead. Separate, rarely
-  // taken passes keep the loop above free of branches.
-  // The test for any narrow step ANDs the sign bits of kAdaaMinStep - step (set where the step is
-  // wide) as integers, which vectorises where a comparison or a minimum over doubles does not.
-  std::uint64_t allWide = ~std::uint64_t{0};
+  // Where steps are too small the quotient loses precision: its limits instead. Separate passes,
+  // taken only when needed, keep the loop above free of branches.
+  // Narrow steps are counted from the sign bits of kAdaaMinStep - step (set where the step is
+  // wide) as integers, which vectorises where a comparison over doubles does not.
+  std::uint64_t wideSteps = 0;
   for (int j = 2; j < n + 2; ++j) {
     const double margin = kAdaaMinStep - step[j];
     std::uint64_t bits;
     std::memcpy(&bits, &margin, sizeof bits);
-    allWide &= bits;
+    wideSteps += bits >> 63;
   }
-  if ((allWide >> 63) == 0) {
+  const int narrowSteps = n - static_cast<int>(wideSteps);
+  // With many (quiet or slow input, a decaying tail), the samples whose two steps are both narrow
+  // take the curve at the inputs' mean, exact to the square of the steps, in one vectorised pass.
+  // The others with a narrow step go sample by sample.
+  const bool many = narrowSteps > n / 8;
+  double widerStep[2 * kMaxBlock + 2];
+  if (many) {
     for (int j = 2; j < n + 2; ++j) {
-      if (!(step[j] > kAdaaMinStep)) {
+      widerStep[j] = std::max(std::fabs(u[j] - u[j - 1]), std::fabs(u[j - 1] - u[j - 2]));
+      const float atMean = static_cast<float>(curve<kMode>((u[j] + u[j - 1] + u[j - 2]) / 3.0));
+      shaped[j - 2] = widerStep[j] > kAdaaMinStep ? shaped[j - 2] : atMean;
+    }
+  }
+  if (narrowSteps > 0) {
+    for (int j = 2; j < n + 2; ++j) {
+      if (!(step[j] > kAdaaMinStep) && (!many || widerStep[j] > kAdaaMinStep)) {
         shaped[j - 2] = static_cast<float>(
             spanMean<kMode>(u[j], u[j - 1], u[j - 2], integral[j], integral[j - 1], integral[j - 2]));
       }
