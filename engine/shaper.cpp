@@ -94,8 +94,13 @@ constexpr double kFoldPeriod = 4.0;
 
 // Below this step between double-rate inputs the antiderivative quotients lose precision (their
 // rounding error grows as the inverse square of the steps); the exact limits for coinciding
-// inputs are used instead (see spanMean).
+// inputs are used instead (see spanMean). The clip's second antiderivative is exact to its own
+// size (about u^3 / 6 for small u), so for the clip the limit shrinks with the block's largest
+// input, down to kClipMinStepScale of it: quiet signals keep the plain quotient, cheaper than the
+// limits. The other curves' antiderivatives carry constant or linear terms, whose rounding does
+// not shrink with the signal.
 constexpr double kAdaaMinStep = 1e-4;
+constexpr double kClipMinStepScale = 1e-8;
 
 // The periodic curves' input is clamped to this magnitude, far beyond any level a voice reaches,
 // so that every argument they reduce stays within 32-bit integers for floorSmall.
@@ -229,24 +234,73 @@ double curveIntegral2(double u) {
 }
 
 // The shaped value where some of the steps between u2, u1 and u0 are too small for the plain
-// quotient: the limits of twice the second divided difference of the second antiderivative
-// (g0..g2 are its values at u0..u2) as inputs coincide, from the first antiderivative and the
-// curve itself.
+// quotient (minStep): the limits of twice the second divided difference of the second
+// antiderivative (g0..g2 are its values at u0..u2) as inputs coincide, from the first
+// antiderivative and the curve itself.
 template <int kMode>
-double spanMean(double u0, double u1, double u2, double g0, double g1, double g2) {
+double spanMean(double u0, double u1, double u2, double g0, double g1, double g2, double minStep) {
   const double d01 = u0 - u1, d12 = u1 - u2, d02 = u0 - u2;
-  if (std::fabs(d02) > kAdaaMinStep) {
-    const double a = std::fabs(d01) > kAdaaMinStep ? (g0 - g1) / d01 : curveIntegral<kMode>(0.5 * (u0 + u1));
-    const double b = std::fabs(d12) > kAdaaMinStep ? (g1 - g2) / d12 : curveIntegral<kMode>(0.5 * (u1 + u2));
+  if (std::fabs(d02) > minStep) {
+    const double a = std::fabs(d01) > minStep ? (g0 - g1) / d01 : curveIntegral<kMode>(0.5 * (u0 + u1));
+    const double b = std::fabs(d12) > minStep ? (g1 - g2) / d12 : curveIntegral<kMode>(0.5 * (u1 + u2));
     return 2.0 * (a - b) / d02;
   }
   // Out to u1 and back to where it started: the difference with a repeated point.
   const double back = 0.5 * (u0 + u2);
   const double delta = u1 - back;
-  if (std::fabs(delta) > kAdaaMinStep) {
+  if (std::fabs(delta) > minStep) {
     return 2.0 / delta * ((g1 - curveIntegral2<kMode>(back)) / delta - curveIntegral<kMode>(back));
   }
   return curve<kMode>((u0 + u1 + u2) / 3.0);
+}
+
+// The shaped samples of a span (u and integral hold n + 2 inputs and their second
+// antiderivatives, the first two from the previous span; integral is filled here).
+template <int kMode>
+void shapeSteps(const double* u, double* integral, int n, double minStep, float* shaped) {
+  for (int j = 2; j < n + 2; ++j) integral[j] = curveIntegral2<kMode>(u[j]);
+  // The shaped samples: the curve's mean over the span of each three consecutive inputs, twice
+  // the second divided difference of its second antiderivative over one common denominator.
+  double step[2 * kMaxBlock + 2];  // the smallest of the three steps behind each sample
+  for (int j = 2; j < n + 2; ++j) {
+    const double d01 = u[j] - u[j - 1], d12 = u[j - 1] - u[j - 2], d02 = u[j] - u[j - 2];
+    step[j] = std::min(std::min(std::fabs(d01), std::fabs(d12)), std::fabs(d02));
+    const double numerator =
+        (integral[j] - integral[j - 1]) * d12 - (integral[j - 1] - integral[j - 2]) * d01;
+    shaped[j - 2] = static_cast<float>(2.0 * numerator / (step[j] > minStep ? d01 * d12 * d02 : 1.0));
+  }
+  // Where steps are too small the quotient loses precision: its limits instead. Separate passes,
+  // taken only when needed, keep the loop above free of branches.
+  // Narrow steps are counted from the sign bits of minStep - step (set where the step is wide) as
+  // integers, which vectorises where a comparison over doubles does not.
+  std::uint64_t wideSteps = 0;
+  for (int j = 2; j < n + 2; ++j) {
+    const double margin = minStep - step[j];
+    std::uint64_t bits;
+    std::memcpy(&bits, &margin, sizeof bits);
+    wideSteps += bits >> 63;
+  }
+  const int narrowSteps = n - static_cast<int>(wideSteps);
+  // With many (quiet or slow input, a decaying tail), the samples whose two steps are both narrow
+  // take the curve at the inputs' mean, exact to the square of the steps, in one vectorised pass.
+  // The others with a narrow step go sample by sample.
+  const bool many = narrowSteps > n / 8;
+  double widerStep[2 * kMaxBlock + 2];
+  if (many) {
+    for (int j = 2; j < n + 2; ++j) {
+      widerStep[j] = std::max(std::fabs(u[j] - u[j - 1]), std::fabs(u[j - 1] - u[j - 2]));
+      const float atMean = static_cast<float>(curve<kMode>((u[j] + u[j - 1] + u[j - 2]) / 3.0));
+      shaped[j - 2] = widerStep[j] > minStep ? shaped[j - 2] : atMean;
+    }
+  }
+  if (narrowSteps > 0) {
+    for (int j = 2; j < n + 2; ++j) {
+      if (!(step[j] > minStep) && (!many || widerStep[j] > minStep)) {
+        shaped[j - 2] = static_cast<float>(spanMean<kMode>(u[j], u[j - 1], u[j - 2], integral[j],
+                                                           integral[j - 1], integral[j - 2], minStep));
+      }
+    }
+  }
 }
 
 }  // namespace
@@ -307,51 +361,36 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
     }
   }
   const int n = 2 * count;
-  for (int j = 2; j < n + 2; ++j) integral[j] = curveIntegral2<kMode>(u[j]);
+  // The largest input magnitude, from the float bit patterns as integers (they order alike),
+  // which vectorises where a maximum over floats does not.
+  std::int32_t peakBits = 0;
+  for (int i = 0; i < count; ++i) {
+    std::int32_t a, b;
+    std::memcpy(&a, &held[i], sizeof a);
+    std::memcpy(&b, &between[i], sizeof b);
+    peakBits = std::max(peakBits, std::max(a & 0x7fffffff, b & 0x7fffffff));
+  }
+  float peak;
+  std::memcpy(&peak, &peakBits, sizeof peak);
+  const double largest =
+      std::max(std::max(gain, gain + count * dGain) * peak, std::max(std::fabs(u[0]), std::fabs(u[1])));
+  double minStep = kAdaaMinStep;
+  if constexpr (kMode == kShaperClip) {
+    minStep = kAdaaMinStep * std::min(std::max(largest, kClipMinStepScale), 1.0);
+  }
+  float shaped[2 * kMaxBlock];  // single precision from here: the filter needs no more
+  if (2.0 * largest <= minStep) {
+    // Every step is narrow (silence, a tail's last whispers): the curve at the inputs' mean
+    // throughout, and the second antiderivative only where the next block needs it.
+    for (int j = 2; j < n + 2; ++j) {
+      shaped[j - 2] = static_cast<float>(curve<kMode>((u[j] + u[j - 1] + u[j - 2]) / 3.0));
+    }
+    integral[n] = curveIntegral2<kMode>(u[n]);
+    integral[n + 1] = curveIntegral2<kMode>(u[n + 1]);
+  } else {
+    shapeSteps<kMode>(u, integral, n, minStep, shaped);
+  }
 
-  // The shaped samples: the curve's mean over the span of each three consecutive inputs, twice
-  // the second divided difference of its second antiderivative over one common denominator.
-  float shaped[2 * kMaxBlock];     // single precision from here: the filter needs no more
-  double step[2 * kMaxBlock + 2];  // the smallest of the three steps behind each sample
-  for (int j = 2; j < n + 2; ++j) {
-    const double d01 = u[j] - u[j - 1], d12 = u[j - 1] - u[j - 2], d02 = u[j] - u[j - 2];
-    step[j] = std::min(std::min(std::fabs(d01), std::fabs(d12)), std::fabs(d02));
-    const double numerator =
-        (integral[j] - integral[j - 1]) * d12 - (integral[j - 1] - integral[j - 2]) * d01;
-    shaped[j - 2] = static_cast<float>(2.0 * numerator / (step[j] > kAdaaMinStep ? d01 * d12 * d02 : 1.0));
-  }
-  // Where steps are too small the quotient loses precision: its limits instead. Separate passes,
-  // taken only when needed, keep the loop above free of branches.
-  // Narrow steps are counted from the sign bits of kAdaaMinStep - step (set where the step is
-  // wide) as integers, which vectorises where a comparison over doubles does not.
-  std::uint64_t wideSteps = 0;
-  for (int j = 2; j < n + 2; ++j) {
-    const double margin = kAdaaMinStep - step[j];
-    std::uint64_t bits;
-    std::memcpy(&bits, &margin, sizeof bits);
-    wideSteps += bits >> 63;
-  }
-  const int narrowSteps = n - static_cast<int>(wideSteps);
-  // With many (quiet or slow input, a decaying tail), the samples whose two steps are both narrow
-  // take the curve at the inputs' mean, exact to the square of the steps, in one vectorised pass.
-  // The others with a narrow step go sample by sample.
-  const bool many = narrowSteps > n / 8;
-  double widerStep[2 * kMaxBlock + 2];
-  if (many) {
-    for (int j = 2; j < n + 2; ++j) {
-      widerStep[j] = std::max(std::fabs(u[j] - u[j - 1]), std::fabs(u[j - 1] - u[j - 2]));
-      const float atMean = static_cast<float>(curve<kMode>((u[j] + u[j - 1] + u[j - 2]) / 3.0));
-      shaped[j - 2] = widerStep[j] > kAdaaMinStep ? shaped[j - 2] : atMean;
-    }
-  }
-  if (narrowSteps > 0) {
-    for (int j = 2; j < n + 2; ++j) {
-      if (!(step[j] > kAdaaMinStep) && (!many || widerStep[j] > kAdaaMinStep)) {
-        shaped[j - 2] = static_cast<float>(
-            spanMean<kMode>(u[j], u[j - 1], u[j - 2], integral[j], integral[j - 1], integral[j - 2]));
-      }
-    }
-  }
   lastU_[0] = u[n];
   lastU_[1] = u[n + 1];
   lastF_[0] = integral[n];
