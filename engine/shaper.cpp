@@ -115,6 +115,7 @@ void Shaper::reset() {
   std::fill(std::begin(lateHistory_), std::end(lateHistory_), 0.0f);
   std::fill(std::begin(lastU_), std::end(lastU_), 0.0);
   std::fill(std::begin(lastF_), std::end(lastF_), 0.0);
+  quiet_ = false;
   started_ = false;
   wetRunning_ = false;
 }
@@ -139,9 +140,10 @@ Shaper::Curve Shaper::curveFor(int mode, float drive) {
 namespace {
 
 // The shaped samples of a span (u and integral hold n + 2 inputs and their second
-// antiderivatives, the first two from the previous span; integral is filled here).
+// antiderivatives, the first two from the previous span; integral is filled here). Returns how
+// many samples had a step narrower than minStep.
 template <int kMode>
-void shapeSteps(const double* u, double* integral, int n, double minStep, float* shaped) {
+int shapeSteps(const double* u, double* integral, int n, double minStep, float* shaped) {
   for (int j = 2; j < n + 2; ++j) integral[j] = curveIntegral2<kMode>(u[j]);
   // The shaped samples: the curve's mean over the span of each three consecutive inputs, twice
   // the second divided difference of its second antiderivative over one common denominator.
@@ -185,6 +187,7 @@ void shapeSteps(const double* u, double* integral, int n, double minStep, float*
       }
     }
   }
+  return narrowSteps;
 }
 
 }  // namespace
@@ -245,36 +248,42 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
     }
   }
   const int n = 2 * count;
-  // The largest input magnitude, from the float bit patterns as integers (they order alike),
-  // which vectorises where a maximum over floats does not.
-  std::int32_t peakBits = 0;
-  for (int i = 0; i < count; ++i) {
-    std::int32_t a, b;
-    std::memcpy(&a, &held[i], sizeof a);
-    std::memcpy(&b, &between[i], sizeof b);
-    peakBits = std::max(peakBits, std::max(a & 0x7fffffff, b & 0x7fffffff));
-  }
-  float peak;
-  std::memcpy(&peak, &peakBits, sizeof peak);
-  const double largest =
-      std::max(std::max(gain, gain + count * dGain) * peak, std::max(std::fabs(u[0]), std::fabs(u[1])));
   double minStep = kAdaaMinStep;
-  if constexpr (kMode == kShaperClip) {
-    minStep = kAdaaMinStep * std::min(std::max(largest, kClipMinStepScale), 1.0);
-  }
+  bool allNarrow = false;
   float shaped[2 * kMaxBlock];  // single precision from here: the filter needs no more
-  if (2.0 * largest <= minStep) {
-    // Every step is narrow (silence, a tail's last whispers): the curve at the inputs' mean
-    // throughout, and the second antiderivative only where the next block needs it.
+  if (quiet_) {
+    // After a span with many narrow steps, this span's level decides: the clip's precision limit
+    // shrinks with it, and a span whose steps are all narrow needs no quotients at all. The
+    // largest magnitude comes from the float bit patterns as integers (they order alike), which
+    // vectorises where a maximum over floats does not.
+    std::int32_t peakBits = 0;
+    for (int i = 0; i < count; ++i) {
+      std::int32_t a, b;
+      std::memcpy(&a, &held[i], sizeof a);
+      std::memcpy(&b, &between[i], sizeof b);
+      peakBits = std::max(peakBits, std::max(a & 0x7fffffff, b & 0x7fffffff));
+    }
+    float peak;
+    std::memcpy(&peak, &peakBits, sizeof peak);
+    const double largest =
+        std::max(std::max(gain, gain + count * dGain) * peak, std::max(std::fabs(u[0]), std::fabs(u[1])));
+    if constexpr (kMode == kShaperClip) {
+      minStep = kAdaaMinStep * std::min(std::max(largest, kClipMinStepScale), 1.0);
+    }
+    allNarrow = 2.0 * largest <= minStep;
+    quiet_ = largest < 1.0;
+  }
+  if (allNarrow) {
+    // Silence or a tail's last whispers: the curve at the inputs' mean throughout, and the second
+    // antiderivative only where the next span needs it.
     for (int j = 2; j < n + 2; ++j) {
       shaped[j - 2] = static_cast<float>(curve<kMode>((u[j] + u[j - 1] + u[j - 2]) / 3.0));
     }
     integral[n] = curveIntegral2<kMode>(u[n]);
     integral[n + 1] = curveIntegral2<kMode>(u[n + 1]);
-  } else {
-    shapeSteps<kMode>(u, integral, n, minStep, shaped);
+  } else if (shapeSteps<kMode>(u, integral, n, minStep, shaped) > n / 8) {
+    quiet_ = true;
   }
-
   lastU_[0] = u[n];
   lastU_[1] = u[n + 1];
   lastF_[0] = integral[n];

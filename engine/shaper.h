@@ -108,6 +108,9 @@ class Shaper {
   float lateHistory_[kPhaseHistory] = {};
   double lastU_[2] = {};  // the two previous double-rate shaper inputs, oldest first
   double lastF_[2] = {};  // their second antiderivatives
+  // Set after a span with many narrow steps (quiet or slow input), until the input's level
+  // reaches full scale: the next spans then measure their level (see shapeSpan).
+  bool quiet_ = false;
 };
 
 }  // namespace ziv
