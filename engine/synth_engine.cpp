@@ -244,6 +244,10 @@ void SynthEngine::reset() {
   heldCount_ = 0;
   for (Voice& v : voices_) v.kill();
   mixChain_.reset();
+  // Nothing was playing to glide from: values set while the engine was off (a program chosen
+  // before the transport starts) hold from the first sample, so a chord on the first frame gets
+  // the program's polyphony and not a value half-way from the previous one.
+  endProcess();
 }
 
 int SynthEngine::latencySamples(float rate) const {

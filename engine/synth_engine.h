@@ -61,8 +61,8 @@ class SynthEngine {
   void renderBlock(float* left, float* right, int frames, double songPositionBeats, double tempoBpm);
   // Ends a host block: the next block ramps from the values stored now.
   void endProcess();
-  // Silences every voice, clears the held notes and clears the effects' delay lines, filters and
-  // limiter.
+  // Silences every voice, clears the held notes and the effects' delay lines, filters and
+  // limiter, and ends any parameter ramp (the next block starts at the stored values).
   void reset();
   // The global chain's latency in samples at `rate` with the limiter switch's stored value: the
   // limiter's look-ahead while it is on, else 0. Any thread.

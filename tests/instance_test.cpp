@@ -291,5 +291,18 @@ TEST(Instance, HostLifecycleVariations) {
   for (float x : host.left) EXPECT_TRUE(std::isfinite(x));
 }
 
+TEST(Instance, SettingsMadeWhileSwitchedOffHoldFromTheFirstFrame) {
+  // A host picks a patch, switches the plug-in on and plays a chord on the very first frame: the
+  // chord gets the new polyphony and unison, not values half-way from the old ones.
+  TestHost host;
+  host.plugin().suspend();
+  host.setPhysical(kPolyphony, 24.0f);
+  host.setPhysical(kUnisonVoices, 4.0f);
+  host.plugin().resume();
+  for (int i = 0; i < 16; ++i) host.noteOn(0, 36 + 3 * i);
+  host.process(256);
+  EXPECT_EQ(host.engine().soundingVoiceCount(), 64);
+}
+
 }  // namespace
 }  // namespace ziv::testing
