@@ -1,6 +1,8 @@
 // Sizes and thresholds shared by every unit of the synth engine.
 #pragma once
 
+#include <cmath>
+
 namespace ziv {
 
 // The engine never renders more than this many frames in one call; hosts' blocks are split.
@@ -14,5 +16,13 @@ constexpr float kSilence = 9.5367431640625e-7f;
 
 constexpr float kPi = 3.14159265358979323846f;
 constexpr float kTwoPi = 2.0f * kPi;
+
+// Replaces every NaN or infinity in buf[0..frames) by 0: the guard in front of state that would
+// keep a bad value forever (delay lines) and in front of the host.
+inline void replaceNonFinite(float* buf, int frames) {
+  for (int i = 0; i < frames; ++i) {
+    if (!std::isfinite(buf[i])) buf[i] = 0.0f;
+  }
+}
 
 }  // namespace ziv

@@ -317,10 +317,8 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
   mixChain_.render(params_.data(), left, right, frames, tempoBpm, voicesSounded);
 
   // Whatever went wrong upstream, the host never receives a NaN or an infinity.
-  for (int i = 0; i < frames; ++i) {
-    if (!std::isfinite(left[i])) left[i] = 0.0f;
-    if (!std::isfinite(right[i])) right[i] = 0.0f;
-  }
+  replaceNonFinite(left, frames);
+  replaceNonFinite(right, frames);
 }
 
 }  // namespace ziv

@@ -14,12 +14,6 @@ bool blockIsQuiet(const float* left, const float* right, int frames) {
   return peak <= kSilence;
 }
 
-void replaceNonFinite(float* buf, int frames) {
-  for (int i = 0; i < frames; ++i) {
-    if (!std::isfinite(buf[i])) buf[i] = 0.0f;
-  }
-}
-
 }  // namespace
 
 MixChain::MixChain() {
