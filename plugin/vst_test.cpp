@@ -1,5 +1,6 @@
 #include "plugin/vst_test.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <thread>
@@ -18,6 +19,12 @@ constexpr const char* kVendorName = "Quorvantis";
 constexpr double kDefaultTempo = 120.0;
 // The longest tail a voice and the effects can ring on after the last note, in seconds.
 constexpr double kTailSeconds = 3.0;
+
+float peakMagnitude(const float* samples, int count) {
+  float peak = 0.0f;
+  for (int i = 0; i < count; ++i) peak = std::max(peak, std::fabs(samples[i]));
+  return peak;
+}
 
 int dataByte(char byte) {
   return static_cast<signed char>(byte);
@@ -385,6 +392,10 @@ void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 f
   }
   eventQueue_.carryOver(n);
   synth.endProcess();
+  if (left != nullptr && right != nullptr) {
+    outputLevel_[0].store(peakMagnitude(left, n), std::memory_order_relaxed);
+    outputLevel_[1].store(peakMagnitude(right, n), std::memory_order_relaxed);
+  }
 }
 
 }  // namespace ziv

@@ -93,6 +93,11 @@ class VstTest : public VstTestModule, private ProgramTarget {
   const ProgramRecord& program(int index) const { return programs_[index]; }
   const ProgramRecord& initialProgram() const { return initProgram_; }
   bool inSetProgram() const { return inSetProgram_; }
+  // The peak magnitude of the last rendered block on output 0 (left) or 1 (right), for the
+  // editor's level lights. Published by the audio thread with relaxed stores; any thread reads.
+  float outputLevel(int channel) const {
+    return channel == 0 || channel == 1 ? outputLevel_[channel].load(std::memory_order_relaxed) : 0.0f;
+  }
 
  private:
   // ProgramTarget: what the loaders drive.
@@ -130,6 +135,7 @@ class VstTest : public VstTestModule, private ProgramTarget {
   // The thread of the latest processReplacing call: parameter changes made on it do not call
   // the host back.
   std::atomic<std::thread::id> audioThread_{};
+  std::array<std::atomic<float>, 2> outputLevel_{};
   bool announceLatency_ = false;  // false while constructing: the host is not listening yet
 };
 

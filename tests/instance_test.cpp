@@ -2,6 +2,7 @@
 // sustain pedal, controllers, program changes and the guards against bad host input.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -302,6 +303,19 @@ TEST(Instance, SettingsMadeWhileSwitchedOffHoldFromTheFirstFrame) {
   for (int i = 0; i < 16; ++i) host.noteOn(0, 36 + 3 * i);
   host.process(256);
   EXPECT_EQ(host.engine().soundingVoiceCount(), 64);
+}
+
+TEST(Instance, PublishesTheLastBlocksOutputPeak) {
+  TestHost host;
+  host.process(256);
+  EXPECT_EQ(host.plugin().outputLevel(0), 0.0f);
+  host.noteOn(0, 60, 127);
+  host.play(0.2);
+  float peak = 0.0f;
+  for (float sample : host.left) peak = std::max(peak, std::fabs(sample));
+  EXPECT_GT(host.plugin().outputLevel(0), 0.0f);
+  EXPECT_FLOAT_EQ(host.plugin().outputLevel(0), peak);
+  EXPECT_EQ(host.plugin().outputLevel(2), 0.0f) << "no third output";
 }
 
 }  // namespace
