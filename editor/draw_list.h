@@ -43,9 +43,14 @@ class DrawList {
   // empty, and starts the next frame with an empty dirty rectangle.
   void flush(Canvas& canvas);
 
-  const std::vector<DrawCommand>& layer(int index) const { return layers_[index]; }
+  // The commands queued on `index` since the last flush.
+  int commandCount(int index) const { return used_[index]; }
+  const DrawCommand& command(int index, int position) const { return layers_[index][position]; }
 
  private:
+  // A command slot at the end of `layer`, reusing one from an earlier frame when there is one.
+  DrawCommand& next(int layer);
+
   std::array<std::vector<DrawCommand>, kLayerCount> layers_;
   std::array<int, kLayerCount> used_{};  // commands in use per layer; the vectors only grow
   Rect dirty_;

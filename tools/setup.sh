@@ -11,7 +11,12 @@ packages=(
   wine wine64                           # runs them here
   clang libclang-rt-14-dev              # fuzzing the file readers (libFuzzer with sanitizers)
   sox                                   # listening with numbers: levels and spectrograms
+  xvfb xauth xdotool x11-utils          # the editor's window under wine, on a virtual screen
+  fonts-liberation                      # Arial-compatible metrics for the editor's text under wine
+  libebur128-dev                        # loudness of the factory programs and the demo
 )
+# npm fetches lodepng from its registry; Debian's nodejs may come without it.
+command -v npm >/dev/null 2>&1 || packages+=(npm)
 
 missing=()
 for package in "${packages[@]}"; do

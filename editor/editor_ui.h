@@ -1,0 +1,62 @@
+// The editor's platform-free side: it keeps the mouse state that the window forwards, and runs
+// one immediate-mode frame on request (on opening, every timer tick and after every mouse
+// message): the layout places every panel and control, which read the input, change parameters
+// through the instance and queue draw commands; the end of the frame flushes them onto the
+// window's canvas.
+//
+// Threads: the host's user-interface thread only, except `requestRedraw`, which any thread may
+// call.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include "editor/canvas.h"
+#include "editor/draw_list.h"
+
+namespace ziv {
+
+class VstTest;
+
+class EditorUi {
+ public:
+  static constexpr int kWidth = 1040;
+  static constexpr int kHeight = 472;
+
+  explicit EditorUi(VstTest& instance);
+
+  // Mouse input, as the window procedure receives it. Buttons: 0 left, 1 right.
+  void setShift(bool down);
+  void setMousePosition(int x, int y);
+  void buttonDown(int button);
+  void buttonDoubleClick(int button);
+  void buttonUp(int button);
+
+  // Runs one frame onto `canvas`; `fullRedraw` marks the whole editor dirty; `nowMs` is a
+  // millisecond clock for the step boxes' key repeat. A call made while a frame runs returns at
+  // once.
+  void runFrame(Canvas& canvas, bool fullRedraw, std::uint32_t nowMs);
+  // The next frame redraws the whole editor (after a program or name change).
+  void requestRedraw() { redrawRequested_.store(true, std::memory_order_relaxed); }
+
+ private:
+  struct Button {
+    bool down = false;
+    bool pressLatch = false;  // pressed since the last frame, so a click shorter than a frame counts
+    bool doubleClick = false;
+  };
+  struct Mouse {
+    int x = 0;
+    int y = 0;
+    bool shift = false;
+    Button buttons[2];
+  };
+
+  VstTest& instance_;
+  DrawList drawList_;
+  Mouse mouse_;
+  bool inFrame_ = false;
+  std::atomic<bool> redrawRequested_{false};
+};
+
+}  // namespace ziv
