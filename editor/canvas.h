@@ -32,6 +32,14 @@ class Canvas {
   virtual void clearClip() = 0;
   // Asks the window to copy `area` of the off-screen bitmap to the screen.
   virtual void invalidate(const Rect& area) = 0;
+
+  // Pictures the editor draws on the CPU (the shape displays' curves): beginPixels gives `image`
+  // a zeroed pixel buffer of its width x height; endPixels copies the buffer into the image's
+  // bitmap and frees it. The bitmap belongs to the canvas and lives while the window is open:
+  // an image whose bitmap the canvas did not make (one from an earlier window) gets a new one,
+  // so the editor redraws its CPU pictures on every full redraw, which a new window starts with.
+  virtual void beginPixels(Image& image) = 0;
+  virtual void endPixels(Image& image) = 0;
 };
 
 }  // namespace ziv
