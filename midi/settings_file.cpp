@@ -1,5 +1,7 @@
 #include "midi/settings_file.h"
 
+#include "programs/byte_order.h"
+
 #ifdef _WIN32
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
@@ -11,17 +13,11 @@
 namespace ziv {
 namespace {
 
-using FileBytes = std::array<unsigned char, kSettingsFileSize>;
+using FileBytes = std::array<std::uint8_t, kSettingsFileSize>;
 
 void putLittle(FileBytes& bytes, std::size_t offset, std::int32_t value) {
   const auto bits = static_cast<std::uint32_t>(value);
-  for (int i = 0; i < 4; ++i) bytes[offset + i] = static_cast<unsigned char>(bits >> (8 * i));
-}
-
-std::int32_t getLittle(const FileBytes& bytes, std::size_t offset) {
-  std::uint32_t bits = 0;
-  for (int i = 0; i < 4; ++i) bits |= std::uint32_t{bytes[offset + i]} << (8 * i);
-  return static_cast<std::int32_t>(bits);
+  for (int i = 0; i < 4; ++i) bytes[offset + i] = static_cast<std::uint8_t>(bits >> (8 * i));
 }
 
 // Reads up to the whole file; -1 when it cannot be opened or read.
@@ -79,8 +75,10 @@ bool readSettingsFile(const char* path, ControllerEntries& entries) {
   const long length = readBytes(path, bytes);
   if (length < 0) return false;
   // The format word is skipped; whole entries that arrived replace the old ones.
-  for (std::size_t c = 0; c < entries.size() && 8 + 4 * c <= static_cast<std::size_t>(length); ++c) {
-    entries[c] = getLittle(bytes, 4 + 4 * c);
+  ByteReader reader(bytes.data(), static_cast<std::size_t>(length));
+  reader.skip(4);
+  for (std::int32_t& entry : entries) {
+    if (!reader.littleInt(entry)) break;
   }
   return true;
 }
