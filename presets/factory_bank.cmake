@@ -1,8 +1,9 @@
 # Generates the factory bank image source from presets/factory.txt and sets
 # ZIV_FACTORY_BANK_SOURCE to it; the same image is written as the bank file ZIV_FACTORY_BANK_FILE
-# (build folder's Factory.fxb), which `cmake --install` copies into the factory presets folder. The generator must run on the build machine: a native build
-# builds it as an ordinary target, a cross build (mingw) builds it as a nested project with the
-# build machine's default compiler.
+# (Factory.fxb in the build folder), which `cmake --install` copies into the factory presets
+# folder. The generator must run on the build machine: a native build builds it as an ordinary
+# target, a cross build (mingw) builds it as a nested project with the build machine's default
+# compiler.
 set(ZIV_FACTORY_PRESETS ${PROJECT_SOURCE_DIR}/presets/factory.txt)
 set(ZIV_FACTORY_BANK_SOURCE ${CMAKE_BINARY_DIR}/generated/factory_bank_image.cpp)
 set(ZIV_FACTORY_BANK_FILE ${CMAKE_BINARY_DIR}/Factory.fxb)
