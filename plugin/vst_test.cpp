@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "engine/denormals.h"
+#include "programs/data_folder.h"
 #include "programs/factory_bank.h"
 #include "programs/program_files.h"
 #include "programs/program_format.h"
@@ -33,7 +34,7 @@ int dataByte(char byte) {
 }  // namespace
 
 VstTest::VstTest(vst2::AudioMasterCallback audioMaster, std::unique_ptr<SynthEngine> engine)
-    : VstTestModule(audioMaster, kProgramCount, std::move(engine)) {
+    : VstTestModule(audioMaster, kProgramCount, std::move(engine)), midiLearn_(settingsFilePath()) {
   SynthEngine& synth = this->engine();
   synth.setSampleRate(44100.0f);
 
@@ -288,6 +289,7 @@ bool VstTest::endEdit(vst2::VstInt32 index) {
 
 vst2::VstInt32 VstTest::processEvents(vst2::VstEvents* events) {
   ScopedFlushDenormals denormals;
+  midiLearn_.refresh();
   if (events == nullptr) return 0;
   for (vst2::VstInt32 i = 0; i < events->numEvents; ++i) {
     const vst2::VstEvent* event = events->events[i];
@@ -325,6 +327,10 @@ void VstTest::dispatch(const vst2::VstMidiEvent& event) {
       break;
     case 0xB:
       synth.setController(data1, data2 / 127.0f);
+      // A learned controller moves its parameter; the pedal and the all-off controllers below
+      // keep their meanings whatever they are bound to.
+      if (const int bound = midiLearn_.onController(data1); bound != -1)
+        synth.setParameter(bound, data2 / 127.0f, false);
       if (data1 == 64) {
         if (data2 < 64) {
           releaseSustainedNotes();

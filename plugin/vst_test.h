@@ -21,6 +21,7 @@
 #include <thread>
 #include <string>
 
+#include "midi/midi_learn.h"
 #include "plugin/midi_event_queue.h"
 #include "plugin/vst_test_module.h"
 #include "programs/byte_order.h"
@@ -90,6 +91,10 @@ class VstTest : public VstTestModule, private ProgramTarget {
   std::string saveProgramFile(const std::string& path) const;
   std::string saveBankFile(const std::string& path) const;
 
+  // MIDI learn: what the learn menu starts, cancels, removes and shows; midi/midi_learn.h says
+  // which thread may call each operation.
+  MidiLearn& midiLearn() { return midiLearn_; }
+
   const ProgramRecord& program(int index) const { return programs_[index]; }
   const ProgramRecord& initialProgram() const { return initProgram_; }
   bool inSetProgram() const { return inSetProgram_; }
@@ -126,6 +131,7 @@ class VstTest : public VstTestModule, private ProgramTarget {
   Bytes chunkBuffer_;
 
   MidiEventQueue eventQueue_;
+  MidiLearn midiLearn_;
   std::bitset<128> heldBySustain_;
   bool sustainDown_ = false;
   std::atomic<bool> noProgramChange_{false};

@@ -5,6 +5,10 @@
 namespace ziv {
 namespace {
 
+// Where a bank file's header names the plug-in it belongs to.
+constexpr std::size_t kBankIdOffset = 16;
+constexpr std::size_t kBankIdEnd = kBankIdOffset + 4;
+
 // Reads the big-endian word at `offset`; the caller has checked that it lies inside the span.
 std::uint32_t bigWordAt(const std::uint8_t* data, std::size_t offset) {
   ByteReader reader(data + offset, 4);
@@ -113,7 +117,10 @@ std::string loadProgramImage(ProgramTarget& target, const std::uint8_t* data, st
 }
 
 std::string loadBankImage(ProgramTarget& target, const std::uint8_t* data, std::size_t size) {
-  if (data == nullptr || size < 12 || bigWordAt(data, 0) != fx::kFileMagic) return kInvalidBank;
+  if (data == nullptr || size < kBankIdEnd || bigWordAt(data, 0) != fx::kFileMagic) return kInvalidBank;
+  // A bank saved by another plug-in parses as well as ours would, but its values would land on
+  // unrelated parameters: it is refused by its plug-in ID rather than loaded as noise.
+  if (bigWordAt(data, kBankIdOffset) != fx::kPluginId) return kInvalidBank;
   const std::uint32_t form = bigWordAt(data, 8);
 
   if (form == fx::kBankValuesMagic) {

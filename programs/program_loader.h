@@ -4,7 +4,7 @@
 // says; data that ends early loads what is complete and ignores the rest, and counts or
 // lengths that point past the end are cut to the bytes present. A result is a message: empty
 // for success, otherwise one of kInvalidBank / kInvalidProgram (file images whose magic words
-// are foreign, or too short to hold their headers).
+// are foreign, or too short to hold their headers; bank files of another plug-in ID).
 // Threads: the caller's; the loaders only call the target.
 #pragma once
 

@@ -92,6 +92,8 @@ Bytes valuesBankImage(int programs, int parameters) {
   appendBig32(image, fx::kFileMagic);
   appendBig32(image, 0);
   appendBig32(image, fx::kBankValuesMagic);
+  image.resize(16, 0);
+  appendBig32(image, fx::kPluginId);
   image.resize(24, 0);
   appendBig32(image, static_cast<std::uint32_t>(programs));
   image.resize(fx::kBankHeaderSize, 0);
@@ -409,6 +411,27 @@ TEST(Files, ForeignMagicWords) {
   bankImage[0] = 'c';
   EXPECT_EQ(plugin.loadBankImage(bankImage.data(), bankImage.size()), "Invalid bank!");
   EXPECT_EQ(plugin.loadBankImage(bankImage.data(), 100), "Invalid bank!");
+}
+
+// Another plug-in's bank parses as well as ours; it is refused by its ID and changes nothing.
+TEST(Files, BanksOfAnotherPluginAreRefused) {
+  TestHost host;
+  VstTest& plugin = host.plugin();
+  const Bytes ours = bankChunkOf(plugin);
+  const std::uint32_t foreignId = vst2::fourCharCode('A', 'b', 'c', 'd');
+  Bytes chunkForm;
+  fx::writeBankFile(1033, 100, ours.data(), ours.size(), chunkForm, foreignId);
+  Bytes valuesForm = valuesBankImage(100, 108);
+  for (int i = 0; i < 4; ++i) valuesForm[16 + i] = chunkForm[16 + i];
+
+  for (const Bytes& image : {chunkForm, valuesForm}) {
+    EXPECT_EQ(plugin.loadBankImage(image.data(), image.size()), "Invalid bank!");
+    EXPECT_EQ(bankChunkOf(plugin), ours);
+  }
+  const std::string path = tempPath("foreign.fxb");
+  ASSERT_EQ(saveFileImage(path, chunkForm), "");
+  EXPECT_EQ(plugin.loadBankFile(path), "Invalid bank!");
+  std::remove(path.c_str());
 }
 
 TEST(Files, ParameterListFormsAreRead) {

@@ -80,6 +80,8 @@ TEST(RealTime, AudioCallsAllocateNothing) {
   countingAllocations = true;
   for (int block = 0; block < 50; ++block) {
     if (block == 25) plugin.setSampleRate(96000.0f);
+    // A learn that the pedal completes: the settings file is written, then read back.
+    if (block % 10 == 5) plugin.midiLearn().startLearn(kFilter1Cutoff);
     plugin.processEvents(events);
     plugin.processReplacing(nullptr, outputs, block % 3 == 0 ? 4096 : 129);
     plugin.processReplacing(nullptr, outputs, 0);
@@ -87,6 +89,8 @@ TEST(RealTime, AudioCallsAllocateNothing) {
   countingAllocations = false;
   EXPECT_EQ(allocationCount, 0);
   EXPECT_GT(host.engine().soundingVoiceCount(), 0);
+  EXPECT_EQ(plugin.midiLearn().state(kFilter1Cutoff).controller, 64);
+  plugin.midiLearn().removeMapping(kFilter1Cutoff);  // later tests start without it
 }
 
 }  // namespace

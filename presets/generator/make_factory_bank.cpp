@@ -1,12 +1,14 @@
 // make_factory_bank: turns the readable preset list (presets/factory.txt) into the factory bank
-// image and writes it as a C++ source file holding one constant byte array.
+// image and writes it twice: as a C++ source file holding one constant byte array, and as the bank
+// file that is installed in the factory presets folder (the same bytes).
 //
 // The image is the legacy form the plug-in has always shipped: an "FBCh" bank file with header
 // and chunk version 1011, whose 100 program chunks carry the first 106 parameters only (the two
 // newest parameters take their defaults when the bank is loaded). Every value not named in the
 // preset list is the parameter table's default, so the image follows the table.
 //
-// usage: make_factory_bank PRESETS OUTPUT.cpp   (exit status 1 with "file:line: reason" on errors)
+// usage: make_factory_bank PRESETS OUTPUT.cpp OUTPUT.fxb
+// (exit status 1 with "file:line: reason" on errors)
 #include <cmath>
 #include <cstdio>
 #include <fstream>
@@ -153,11 +155,17 @@ bool writeSource(const std::string& path, const Bytes& image) {
   return static_cast<bool>(file);
 }
 
+bool writeBankFile(const std::string& path, const Bytes& image) {
+  std::ofstream file(path, std::ios::binary);
+  file.write(reinterpret_cast<const char*>(image.data()), static_cast<std::streamsize>(image.size()));
+  return static_cast<bool>(file);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 3) {
-    std::fprintf(stderr, "usage: make_factory_bank PRESETS OUTPUT.cpp\n");
+  if (argc != 4) {
+    std::fprintf(stderr, "usage: make_factory_bank PRESETS OUTPUT.cpp OUTPUT.fxb\n");
     return 1;
   }
   std::vector<Preset> presets;
@@ -174,6 +182,10 @@ int main(int argc, char** argv) {
   }
   if (!writeSource(argv[2], image)) {
     std::fprintf(stderr, "make_factory_bank: cannot write %s\n", argv[2]);
+    return 1;
+  }
+  if (!writeBankFile(argv[3], image)) {
+    std::fprintf(stderr, "make_factory_bank: cannot write %s\n", argv[3]);
     return 1;
   }
   return 0;
