@@ -5,8 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "editor/embedded_images.h"
 #include "editor/lodepng_c.h"
@@ -172,6 +174,56 @@ TEST_F(ImageTableTest, KnobFramesRunRowByRowFromTopLeftToBottomRight) {
     EXPECT_LT(accentPixels(bipolar, 63), accentPixels(bipolar, 127) / 4);
     EXPECT_NEAR(accentPixels(bipolar, 0), accentPixels(bipolar, 127), accentPixels(bipolar, 127) / 10);
   }
+}
+
+// Captions are centred 48 (large) or 38 (small) pixels below a knob's placement, whose sprite
+// starts 8 or 16 pixels down: every frame leaves its bottom rows empty for them.
+TEST_F(ImageTableTest, KnobFramesLeaveTheCaptionRowsEmpty) {
+  for (const auto& [group, firstFreeRow] : {std::pair{imgKnobLarge, 37u}, std::pair{imgKnobSmall, 20u}}) {
+    for (int polarity = 0; polarity < 3; ++polarity) {
+      const Image& strip = imageTable::image(group, polarity);
+      const std::uint8_t* pixels = imageTable::pixels(strip);
+      const unsigned size = strip.height / 8;
+      for (unsigned y = 0; y < strip.height; ++y) {
+        if (y % size < firstFreeRow) continue;
+        for (unsigned x = 0; x < strip.width; ++x) {
+          ASSERT_EQ(pixels[(std::size_t{y} * strip.width + x) * 4 + 3], 0)
+              << "strip " << group << "+" << polarity << " at " << x << ", " << y;
+        }
+      }
+    }
+  }
+}
+
+// The background shows every panel as the large nine-slice pieces draw it at that size, so a
+// panel drawn over the background changes nothing where its pieces are opaque.
+TEST_F(ImageTableTest, BackgroundPanelsMatchTheNineSlicePieces) {
+  constexpr Rect kPanels[] = {
+      {8, 12, 216, 112}, {224, 180, 160, 280}, {544, 12, 160, 80}, {872, 348, 160, 112}};
+  const Image& background = entry(imgBackground);
+  const std::uint8_t* ground = imageTable::pixels(background);
+  const int piece = static_cast<int>(entry(imgPanelLarge).width);
+  int compared = 0;
+  for (const Rect& panel : kPanels) {
+    for (int y = 0; y < panel.height; ++y) {
+      for (int x = 0; x < panel.width; ++x) {
+        // The piece and the pixel of it that a nine-slice stretch draws at (x, y).
+        const int column = x < piece ? 0 : x >= panel.width - piece ? 2 : 1;
+        const int row = y < piece ? 0 : y >= panel.height - piece ? 2 : 1;
+        const int px = column == 0 ? x : column == 2 ? x - (panel.width - piece) : piece / 2;
+        const int py = row == 0 ? y : row == 2 ? y - (panel.height - piece) : piece / 2;
+        const std::uint8_t* p =
+            imageTable::pixels(entry(imgPanelLarge + row * 3 + column)) + (py * piece + px) * 4;
+        if (p[3] != 255) continue;
+        const std::uint8_t* b =
+            ground + ((panel.y + y) * static_cast<int>(background.width) + panel.x + x) * 4;
+        ASSERT_EQ(std::memcmp(p, b, 4), 0)
+            << "panel at " << panel.x << ", " << panel.y << ": pixel " << x << ", " << y;
+        ++compared;
+      }
+    }
+  }
+  EXPECT_GT(compared, 80000);
 }
 
 TEST_F(ImageTableTest, LoadsOnceAndLivesAsLongAsAnInstance) {
