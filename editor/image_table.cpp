@@ -89,10 +89,13 @@ int references = 0;
 // instance-creation lock where that is held, and nothing is locked while holding it.
 std::mutex tableLock;
 
+// The platform side of an entry: createBitmap turns the decoded pixels of `entry` into its
+// bitmap handle. On Windows that is a GDI bitmap holding a copy of them; elsewhere the table
+// keeps the pixels themselves and the handle stays null.
 #ifdef _WIN32
 
-void* createBitmap(const Image& image, std::vector<std::uint8_t>&& pixels) {
-  return CreateBitmap(static_cast<int>(image.width), static_cast<int>(image.height), 1, 32, pixels.data());
+void* createBitmap(const Image& entry, std::vector<std::uint8_t>&& pixels) {
+  return CreateBitmap(static_cast<int>(entry.width), static_cast<int>(entry.height), 1, 32, pixels.data());
 }
 
 FontHandle createFont(const FontSpec& spec) {
@@ -113,8 +116,8 @@ void deleteObject(void* handle) {
 // Without GDI the decoded pixels stay with the table, one buffer per slot.
 std::array<std::vector<std::uint8_t>, kImageCount> decodedPixels;
 
-void* createBitmap(const Image& image, std::vector<std::uint8_t>&& pixels) {
-  decodedPixels[static_cast<std::size_t>(&image - table.data())] = std::move(pixels);
+void* createBitmap(const Image& entry, std::vector<std::uint8_t>&& pixels) {
+  decodedPixels[static_cast<std::size_t>(&entry - table.data())] = std::move(pixels);
   return nullptr;
 }
 
