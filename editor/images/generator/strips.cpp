@@ -81,13 +81,13 @@ void appendSlider(ImageList& images) {
     } else {
       paintRecess(track, kSliderGroove, kSliderGroove.width() * 0.5f, false);
     }
-    const int first = lit ? 3 : 0;
-    images.push_back(
-        ImageFile{memberName("slider", first), track.crop(0, 0, kSliderWidth, kSliderTop), true});
-    images.push_back(ImageFile{memberName("slider", first + 1),
-                               track.crop(0, kSliderTop, kSliderWidth, kSliderMiddle), true});
-    images.push_back(ImageFile{memberName("slider", first + 2),
-                               track.crop(0, kSliderTop + kSliderMiddle, kSliderWidth, kSliderBottom), true});
+    int member = lit ? 3 : 0;
+    int top = 0;
+    for (const int height : {kSliderTop, kSliderMiddle, kSliderBottom}) {
+      images.push_back(
+          ImageFile{memberName("slider", member++), track.crop(0, top, kSliderWidth, height), true});
+      top += height;
+    }
   }
 }
 
