@@ -79,9 +79,8 @@ void drawLogo(Picture& picture, float cx, float cy, float capHeight) {
 
 Picture background() {
   Picture picture(kEditorWidth, kEditorHeight);
-  fill(
-      picture, picture.bounds(), [](float, float) { return -1.0f; },
-      verticalGradient(palette::kGroundTop, palette::kGroundBottom, 0.0f, kEditorHeight));
+  fill(picture, picture.bounds(), everywhere,
+       verticalGradient(palette::kGroundTop, palette::kGroundBottom, 0.0f, kEditorHeight));
   for (const Box& panel : kPanels) paintPanel(picture, panel, kLargePanel);
   drawLogo(picture, (kLogoArea.x0 + kLogoArea.x1) * 0.5f, (kLogoArea.y0 + kLogoArea.y1) * 0.5f - 6.0f, 18.0f);
   return picture;

@@ -98,6 +98,11 @@ inline float coverageOf(float distance) {
   return std::clamp(0.5f - distance, 0.0f, 1.0f);
 }
 
+// The shape that covers every pixel, for fills whose paint does all the work.
+inline float everywhere(float, float) {
+  return -1.0f;
+}
+
 // Fills the shape `distance` (signed distance of a point) with `paint` (colour of a point) over
 // the pixels of `area`, clipped to the picture.
 template <class Distance, class Paint>
@@ -126,12 +131,10 @@ void fill(Picture& picture, const Box& area, Distance distance, const Colour& co
 // pixels outside it, and stays full inside.
 template <class Distance>
 void glow(Picture& picture, const Box& area, Distance distance, const Colour& colour, float spread) {
-  fill(
-      picture, area.inset(-spread), [](float, float) { return -1.0f; },
-      [&](float x, float y) {
-        const float t = 1.0f - std::clamp(distance(x, y) / spread, 0.0f, 1.0f);
-        return withAlpha(colour, colour.a * t * t);
-      });
+  fill(picture, area.inset(-spread), everywhere, [&](float x, float y) {
+    const float t = 1.0f - std::clamp(distance(x, y) / spread, 0.0f, 1.0f);
+    return withAlpha(colour, colour.a * t * t);
+  });
 }
 
 // Vertical gradient from `top` at y0 to `bottom` at y1.

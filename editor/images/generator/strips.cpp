@@ -61,12 +61,10 @@ Picture endPiece() {
 
 Picture separator() {
   Picture picture(1, kStripHeight);
-  fill(
-      picture, picture.bounds(), [](float, float) { return -1.0f; },
-      [](float, float y) {
-        const float edge = std::min(y, static_cast<float>(kStripHeight) - y) / 6.0f;
-        return withAlpha(palette::kPanelBorder, std::clamp(edge, 0.0f, 1.0f));
-      });
+  fill(picture, picture.bounds(), everywhere, [](float, float y) {
+    const float edge = std::min(y, static_cast<float>(kStripHeight) - y) / 6.0f;
+    return withAlpha(palette::kPanelBorder, std::clamp(edge, 0.0f, 1.0f));
+  });
   return picture;
 }
 
