@@ -26,9 +26,11 @@ inline const Colour kGroove = hex(0x0F1115);
 inline const Colour kGrooveBorder = hex(0x2A2E37);
 inline const Colour kTrack = hex(0x363B46);
 
-// The accent: values, lit switches and active fields.
+// The accent: values, lit switches and active fields. Lit faces use its deeper shades, so that
+// white words on them stay readable.
 inline const Colour kAccent = hex(0x3CCBDF);
 inline const Colour kAccentDeep = hex(0x1E8FA3);
+inline const Colour kAccentDark = hex(0x145F6D);
 inline const Colour kAccentDim = hex(0x1B4F59);
 
 // Indicator lights and the top of the level meters.

@@ -37,7 +37,9 @@ void paintFace(Picture& picture, const Box& area, float radius, FaceState state)
   const auto shape = roundedBox(area, radius);
   if (state == kLit) {
     glow(picture, area, shape, withAlpha(palette::kAccent, kLitHaloOpacity), kLitHalo);
-    fill(picture, area, shape, verticalGradient(palette::kAccent, palette::kAccentDeep, area.y0, area.y1));
+    fill(picture, area, shape,
+         verticalGradient(palette::kAccentDeep, palette::kAccentDark, area.y0, area.y1));
+    fill(picture, area, outline(shape, kBorderWidth), palette::kAccent);
     paintTopHighlight(picture, area.inset(kBorderWidth), radius - kBorderWidth,
                       withAlpha(palette::kMarkBright, 0.6f));
     return;

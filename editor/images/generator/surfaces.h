@@ -20,8 +20,8 @@ struct PanelStyle {
 
 // A panel filling `area` less its margin: shadow, flat body, border, and a light top edge.
 void paintPanel(Picture& picture, const Box& area, const PanelStyle& style);
-// A raised control face: rest and hover in graphite (hover lighter), lit in the accent colour
-// with a halo.
+// A raised control face: rest and hover in graphite (hover lighter), lit in deep accent with an
+// accent rim and a halo.
 void paintFace(Picture& picture, const Box& area, float radius, FaceState state);
 // A recessed field or groove: dark inside a thin border; `lit` gives it an accent border.
 void paintRecess(Picture& picture, const Box& area, float radius, bool lit);
