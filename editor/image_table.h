@@ -56,8 +56,15 @@ namespace imageTable {
 // Loads the whole table and the fonts unless already loaded. User-interface thread, at the start
 // of every editor frame.
 void ensureLoaded();
+// Whether the table is loaded now (it is from the first editor frame until the last instance
+// drops its reference). Any thread.
+bool isLoaded();
 // An entry; index counts from the group's base. Entries never loaded stay empty (null bitmap).
 const Image& image(ImageGroup group, int index = 0);
+// The decoded pixels of a table entry (premultiplied B, G, R, A, rows top first), on systems
+// without GDI bitmaps, where the table keeps them; null on Windows, for an entry not loaded and
+// for an image that is not a table entry. Valid while the table stays loaded.
+const std::uint8_t* pixels(const Image& image);
 // The font's platform handle (on Windows an HFONT; elsewhere a pointer to its FontSpec).
 FontHandle font(FontId id);
 const FontSpec& fontSpec(FontId id);

@@ -1,5 +1,6 @@
 #include "plugin/vst_test_module.h"
 
+#include "editor/image_table.h"
 #include "plugin/parameter_display.h"
 
 namespace ziv {
@@ -8,9 +9,15 @@ VstTestModule::VstTestModule(vst2::AudioMasterCallback audioMaster, int numProgr
                              std::unique_ptr<SynthEngine> engine)
     : AudioEffectX(audioMaster, numPrograms, engine->parameterCount()), engine_(std::move(engine)) {
   engine_->setListener(this);
+  // The editor's pictures stay loaded while any instance lives. The table's own lock is taken
+  // inside the instance-creation lock, never the other way round.
+  imageTable::acquire();
 }
 
-VstTestModule::~VstTestModule() { engine_->setListener(nullptr); }
+VstTestModule::~VstTestModule() {
+  engine_->setListener(nullptr);
+  imageTable::drop();
+}
 
 void VstTestModule::setParameter(vst2::VstInt32 index, float value) {
   if (isHostParameter(index)) engine_->setParameter(index, value, false);
