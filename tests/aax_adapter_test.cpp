@@ -143,12 +143,12 @@ TEST_F(AdapterTest, StateChunkIsTheBankChunk) {
   const TypeId foreign = fourCharId('e', 'l', 's', 'e');
   std::uint32_t size = 0;
   ChunkBytes bytes;
-  EXPECT_EQ(chunk.size(foreign, instance, &size), kInvalidChunkId);
-  EXPECT_EQ(chunk.bytes(foreign, instance, &bytes), kInvalidChunkId);
-  EXPECT_EQ(chunk.load(foreign, instance, nullptr, 0), kInvalidChunkId);
+  EXPECT_EQ(chunk.size(foreign, &instance, &size), kInvalidChunkId);
+  EXPECT_EQ(chunk.bytes(foreign, &instance, &bytes), kInvalidChunkId);
+  EXPECT_EQ(chunk.load(foreign, &instance, nullptr, 0), kInvalidChunkId);
 
-  ASSERT_EQ(chunk.size(kChunkId, instance, &size), kSuccess);
-  ASSERT_EQ(chunk.bytes(kChunkId, instance, &bytes), kSuccess);
+  ASSERT_EQ(chunk.size(kChunkId, &instance, &size), kSuccess);
+  ASSERT_EQ(chunk.bytes(kChunkId, &instance, &bytes), kSuccess);
   ASSERT_EQ(static_cast<std::uint32_t>(bytes.size), size);
   Bytes bank;
   instance.makeBankChunk(bank);
@@ -157,22 +157,28 @@ TEST_F(AdapterTest, StateChunkIsTheBankChunk) {
   const std::vector<std::uint8_t> saved(bytes.data, bytes.data + bytes.size);
 
   bool equal = false;
-  EXPECT_EQ(chunk.compare(kChunkId, instance, saved.data(), bytes.size, &equal), kSuccess);
+  EXPECT_EQ(chunk.compare(kChunkId, &instance, saved.data(), bytes.size, &equal), kSuccess);
   EXPECT_TRUE(equal);
   instance.setParameter(20, 1.0f - instance.getParameter(20));
-  EXPECT_EQ(chunk.compare(kChunkId, instance, saved.data(), bytes.size, &equal), kSuccess);
+  EXPECT_EQ(chunk.compare(kChunkId, &instance, saved.data(), bytes.size, &equal), kSuccess);
   EXPECT_FALSE(equal);
-  EXPECT_EQ(chunk.compare(kChunkId, instance, saved.data(), bytes.size - 1, &equal), kSuccess);
+  EXPECT_EQ(chunk.compare(kChunkId, &instance, saved.data(), bytes.size - 1, &equal), kSuccess);
   EXPECT_FALSE(equal);
   equal = false;
-  EXPECT_EQ(chunk.compare(foreign, instance, nullptr, 0, &equal), kSuccess);
+  EXPECT_EQ(chunk.compare(foreign, &instance, nullptr, 0, &equal), kSuccess);
   EXPECT_TRUE(equal);
 
   // Loading the saved chunk restores the state it was taken from.
-  EXPECT_EQ(chunk.load(kChunkId, instance, saved.data(), bytes.size), kSuccess);
-  EXPECT_EQ(chunk.compare(kChunkId, instance, saved.data(), bytes.size, &equal), kSuccess);
+  EXPECT_EQ(chunk.load(kChunkId, &instance, saved.data(), bytes.size), kSuccess);
+  EXPECT_EQ(chunk.compare(kChunkId, &instance, saved.data(), bytes.size, &equal), kSuccess);
   EXPECT_TRUE(equal);
-  EXPECT_EQ(chunk.load(kChunkId, instance, nullptr, -5), kSuccess);  // nothing to load: harmless
+  EXPECT_EQ(chunk.load(kChunkId, &instance, nullptr, -5), kSuccess);  // nothing to load: harmless
+
+  // No instance (its creation failed): nothing to hand out or load.
+  EXPECT_EQ(chunk.size(kChunkId, nullptr, &size), kNotInitialized);
+  EXPECT_EQ(chunk.bytes(kChunkId, nullptr, &bytes), kNotInitialized);
+  EXPECT_EQ(chunk.load(kChunkId, nullptr, saved.data(), bytes.size), kNotInitialized);
+  EXPECT_EQ(chunk.compare(kChunkId, nullptr, saved.data(), bytes.size, &equal), kNotInitialized);
 
   char name[kChunkNameCapacity];
   std::memset(name, 'x', sizeof name);
@@ -201,12 +207,12 @@ TEST(AAXStateChunk, StateChangedAfterTheSizeRequestFailsTheGet) {
   StateChunk chunk;
   std::uint32_t size = 0;
   ChunkBytes bytes;
-  ASSERT_EQ(chunk.size(kChunkId, instance, &size), kSuccess);
+  ASSERT_EQ(chunk.size(kChunkId, &instance, &size), kSuccess);
   EXPECT_EQ(size, 16u);
   instance.bytes.push_back(2);
-  EXPECT_EQ(chunk.bytes(kChunkId, instance, &bytes), kIncorrectChunkSize);
-  ASSERT_EQ(chunk.size(kChunkId, instance, &size), kSuccess);
-  EXPECT_EQ(chunk.bytes(kChunkId, instance, &bytes), kSuccess);
+  EXPECT_EQ(chunk.bytes(kChunkId, &instance, &bytes), kIncorrectChunkSize);
+  ASSERT_EQ(chunk.size(kChunkId, &instance, &size), kSuccess);
+  EXPECT_EQ(chunk.bytes(kChunkId, &instance, &bytes), kSuccess);
   EXPECT_EQ(bytes.size, 17);
 }
 

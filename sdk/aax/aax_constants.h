@@ -27,6 +27,7 @@ constexpr Result kInvalidChunkId = -20007;
 constexpr Result kIncorrectChunkSize = -20008;
 constexpr Result kNotInitialized = -20011;
 constexpr Result kUnknownException = -20042;
+constexpr Result kNullArgument = -20044;
 // A private-data field reset with the wrong size or no destination. The number is the first of
 // the range AAX leaves to a plug-in's own errors, so a host never mistakes it for one of its own.
 constexpr Result kInvalidFieldIndex = -20600;

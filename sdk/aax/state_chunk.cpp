@@ -11,43 +11,47 @@ Result StateChunk::idFromIndex(std::int32_t index, TypeId* id) {
   return kSuccess;
 }
 
-ChunkBytes StateChunk::current(vst2::AudioEffect& instance) {
+ChunkBytes StateChunk::current(vst2::AudioEffect* instance) {
   void* data = nullptr;
   ChunkBytes chunk;
-  chunk.size = instance.getChunk(&data, false);
+  chunk.size = instance->getChunk(&data, false);
   chunk.data = static_cast<const std::uint8_t*>(data);
   if (chunk.data == nullptr || chunk.size < 0) chunk = ChunkBytes{};
   return chunk;
 }
 
-Result StateChunk::size(TypeId id, vst2::AudioEffect& instance, std::uint32_t* size) {
+Result StateChunk::size(TypeId id, vst2::AudioEffect* instance, std::uint32_t* outSize) {
   if (id != kChunkId) return kInvalidChunkId;
+  if (instance == nullptr) return kNotInitialized;
   lastSize_ = current(instance).size;
-  if (size != nullptr) *size = static_cast<std::uint32_t>(lastSize_);
+  if (outSize != nullptr) *outSize = static_cast<std::uint32_t>(lastSize_);
   return kSuccess;
 }
 
-Result StateChunk::bytes(TypeId id, vst2::AudioEffect& instance, ChunkBytes* out) const {
+Result StateChunk::bytes(TypeId id, vst2::AudioEffect* instance, ChunkBytes* out) const {
   if (id != kChunkId) return kInvalidChunkId;
+  if (instance == nullptr) return kNotInitialized;
   const ChunkBytes chunk = current(instance);
   if (chunk.size != lastSize_) return kIncorrectChunkSize;
   if (out != nullptr) *out = chunk;
   return kSuccess;
 }
 
-Result StateChunk::load(TypeId id, vst2::AudioEffect& instance, const void* data, std::int32_t size) {
+Result StateChunk::load(TypeId id, vst2::AudioEffect* instance, const void* data, std::int32_t size) {
   if (id != kChunkId) return kInvalidChunkId;
-  instance.setChunk(const_cast<void*>(data), size, false);
+  if (instance == nullptr) return kNotInitialized;
+  instance->setChunk(const_cast<void*>(data), size, false);
   return kSuccess;
 }
 
-Result StateChunk::compare(TypeId id, vst2::AudioEffect& instance, const void* data, std::int32_t size,
+Result StateChunk::compare(TypeId id, vst2::AudioEffect* instance, const void* data, std::int32_t size,
                            bool* equal) const {
   if (equal == nullptr) return kSuccess;
   if (id != kChunkId) {
     *equal = true;
     return kSuccess;
   }
+  if (instance == nullptr) return kNotInitialized;
   const ChunkBytes chunk = current(instance);
   *equal =
       chunk.size == size &&
