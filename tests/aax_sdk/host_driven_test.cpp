@@ -1,6 +1,8 @@
 // The AAX plug-in's glue, built against the real AAX library and driven as an AAX host drives
 // it: through the SDK's own base classes, with a host object that answers the automation
-// delegate's requests the way a host does (every value request comes back as an update).
+// delegate's requests the way a host does (every value request comes back as an update); and the
+// built module's exported entry points.
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -328,6 +330,23 @@ TEST_F(AAXHost, ViewOpensOnlyInAWin32WindowAndAnswersItsSize) {
   }
   // The host tears the view down with its container still set.
   gui.reset();
+}
+
+TEST(AAXModule, ExportsTheACFEntryPointsOnly) {
+  void* module = dlopen(ZIV_AAX_MODULE_PATH, RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(module, nullptr) << dlerror();
+  for (const char* name : {"ACFRegisterPlugin", "ACFRegisterComponent", "ACFGetClassFactory",
+                           "ACFCanUnloadNow", "ACFStartup", "ACFShutdown", "ACFGetSDKVersion"}) {
+    EXPECT_NE(dlsym(module, name), nullptr) << name;
+  }
+  EXPECT_EQ(dlsym(module, "VSTPluginMain"), nullptr);  // the wrapped VST 2.4 entry stays inside
+  using GetVersion = int32_t (*)(uint64_t*);
+  const auto getVersion = reinterpret_cast<GetVersion>(dlsym(module, "ACFGetSDKVersion"));
+  ASSERT_NE(getVersion, nullptr);
+  uint64_t version = 0;
+  EXPECT_EQ(getVersion(&version), 0);
+  EXPECT_GT(version >> 32, 0u);
+  dlclose(module);
 }
 
 }  // namespace
