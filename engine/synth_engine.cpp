@@ -49,6 +49,11 @@ void SynthEngine::parameterChanged(int index) {
 }
 
 void SynthEngine::parameterDisplay(int index, char* text, std::size_t capacity) const {
+  const bool valid = index >= 0 && index < kParamCount;
+  valueDisplay(index, valid ? params_[index].baseValue() : 0.0f, text, capacity);
+}
+
+void SynthEngine::valueDisplay(int index, float normalised, char* text, std::size_t capacity) const {
   if (text == nullptr || capacity == 0) return;
   if (index < 0 || index >= kParamCount) {
     text[0] = '\0';
@@ -56,7 +61,7 @@ void SynthEngine::parameterDisplay(int index, char* text, std::size_t capacity) 
   }
   const Parameter& p = params_[index];
   formatParamValue(p.display.load(std::memory_order_relaxed), p.lo.load(std::memory_order_relaxed),
-                   p.hi.load(std::memory_order_relaxed), p.info->choices, p.baseValue(), text, capacity);
+                   p.hi.load(std::memory_order_relaxed), p.info->choices, normalised, text, capacity);
 }
 
 void SynthEngine::setSampleRate(float hz) {

@@ -39,6 +39,8 @@ class SynthEngine {
   void parameterChanged(int index);
   // Writes the display text of `index` into `text` (capacity bytes, terminator included).
   void parameterDisplay(int index, char* text, std::size_t capacity) const;
+  // The same for `normalised` in place of the stored value (for hosts that preview a value).
+  void valueDisplay(int index, float normalised, char* text, std::size_t capacity) const;
   void setListener(MachineListener* listener) { listener_ = listener; }
 
   // The program format version under which values are currently being written.
