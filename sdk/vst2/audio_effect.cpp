@@ -5,7 +5,9 @@
 namespace vst2 {
 namespace {
 
-AudioEffect* effectOf(AEffect* e) { return e != nullptr ? static_cast<AudioEffect*>(e->object) : nullptr; }
+AudioEffect* effectOf(AEffect* e) {
+  return e != nullptr ? static_cast<AudioEffect*>(e->object) : nullptr;
+}
 
 VstIntPtr VST_CALLBACK dispatchEffect(AEffect* e, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,
                                       float opt) {
@@ -64,7 +66,9 @@ AudioEffect::AudioEffect(AudioMasterCallback audioMaster, VstInt32 numPrograms, 
   cEffect_.processReplacing = processReplacingEffect;
 }
 
-AudioEffect::~AudioEffect() { delete editor_; }
+AudioEffect::~AudioEffect() {
+  delete editor_;
+}
 
 void AudioEffect::setEditor(AEffEditor* editor) {
   delete editor_;
@@ -212,6 +216,8 @@ VstIntPtr AudioEffectX::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr va
       return text != nullptr ? canDo(text) : 0;
     case effGetTailSize:
       return getGetTailSize();
+    case effGetCurrentMidiProgram:
+      return getCurrentMidiProgram(index, ptr);
     case effGetVstVersion:
       return getVstVersion();
     case effBeginSetProgram:
@@ -231,12 +237,20 @@ VstTimeInfo* AudioEffectX::getTimeInfo(VstInt32 filter) {
   return reinterpret_cast<VstTimeInfo*>(callHost(audioMasterGetTime, 0, filter));
 }
 
-bool AudioEffectX::ioChanged() { return callHost(audioMasterIOChanged) != 0; }
+bool AudioEffectX::ioChanged() {
+  return callHost(audioMasterIOChanged) != 0;
+}
 
-bool AudioEffectX::updateDisplay() { return callHost(audioMasterUpdateDisplay) != 0; }
+bool AudioEffectX::updateDisplay() {
+  return callHost(audioMasterUpdateDisplay) != 0;
+}
 
-bool AudioEffectX::beginEdit(VstInt32 index) { return callHost(audioMasterBeginEdit, index) != 0; }
+bool AudioEffectX::beginEdit(VstInt32 index) {
+  return callHost(audioMasterBeginEdit, index) != 0;
+}
 
-bool AudioEffectX::endEdit(VstInt32 index) { return callHost(audioMasterEndEdit, index) != 0; }
+bool AudioEffectX::endEdit(VstInt32 index) {
+  return callHost(audioMasterEndEdit, index) != 0;
+}
 
 }  // namespace vst2
