@@ -14,9 +14,7 @@ namespace {
 
 constexpr float kRate = 44100.0f;
 
-float framesToSeconds(int frames) {
-  return frames / kRate;
-}
+float framesToSeconds(int frames) { return frames / kRate; }
 
 const Voice* voicePlaying(SynthEngine& engine, int note) {
   for (int slot = 0; slot < kVoiceCount; ++slot) {
@@ -31,9 +29,7 @@ bool held(SynthEngine& engine, int note) {
   return v != nullptr && v->held();
 }
 
-void setPolyphony(TestHost& host, int voices) {
-  host.plugin().setParameter(kPolyphony, (voices - 1) / 23.0f);
-}
+void setPolyphony(TestHost& host, int voices) { host.plugin().setParameter(kPolyphony, (voices - 1) / 23.0f); }
 
 TEST(Instance, ReportsItselfToTheHost) {
   TestHost host;

@@ -5,9 +5,7 @@
 namespace vst2 {
 namespace {
 
-AudioEffect* effectOf(AEffect* e) {
-  return e != nullptr ? static_cast<AudioEffect*>(e->object) : nullptr;
-}
+AudioEffect* effectOf(AEffect* e) { return e != nullptr ? static_cast<AudioEffect*>(e->object) : nullptr; }
 
 VstIntPtr VST_CALLBACK dispatchEffect(AEffect* e, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,
                                       float opt) {
@@ -66,9 +64,7 @@ AudioEffect::AudioEffect(AudioMasterCallback audioMaster, VstInt32 numPrograms, 
   cEffect_.processReplacing = processReplacingEffect;
 }
 
-AudioEffect::~AudioEffect() {
-  delete editor_;
-}
+AudioEffect::~AudioEffect() { delete editor_; }
 
 void AudioEffect::setEditor(AEffEditor* editor) {
   delete editor_;
@@ -237,20 +233,12 @@ VstTimeInfo* AudioEffectX::getTimeInfo(VstInt32 filter) {
   return reinterpret_cast<VstTimeInfo*>(callHost(audioMasterGetTime, 0, filter));
 }
 
-bool AudioEffectX::ioChanged() {
-  return callHost(audioMasterIOChanged) != 0;
-}
+bool AudioEffectX::ioChanged() { return callHost(audioMasterIOChanged) != 0; }
 
-bool AudioEffectX::updateDisplay() {
-  return callHost(audioMasterUpdateDisplay) != 0;
-}
+bool AudioEffectX::updateDisplay() { return callHost(audioMasterUpdateDisplay) != 0; }
 
-bool AudioEffectX::beginEdit(VstInt32 index) {
-  return callHost(audioMasterBeginEdit, index) != 0;
-}
+bool AudioEffectX::beginEdit(VstInt32 index) { return callHost(audioMasterBeginEdit, index) != 0; }
 
-bool AudioEffectX::endEdit(VstInt32 index) {
-  return callHost(audioMasterEndEdit, index) != 0;
-}
+bool AudioEffectX::endEdit(VstInt32 index) { return callHost(audioMasterEndEdit, index) != 0; }
 
 }  // namespace vst2
