@@ -1,6 +1,7 @@
 // The synth engine: the parameter records of the patch, the pool of 64 voices, the held-note
 // list and the note allocation that gives notes their voices (polyphony, unison, stealing,
-// legato, glide, last-note priority), and the rendering of sub-blocks into stereo.
+// legato, glide, last-note priority), the fading copies of voices that new notes take over, and
+// the rendering of sub-blocks into stereo.
 //
 // Threads: every operation runs on the host's audio thread, except `setParameter`,
 // `parameter`, `setListener` and the read-only queries, which any thread may call; they touch

@@ -396,7 +396,8 @@ void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 f
       }
       const int next = eventQueue_.empty() ? end : std::clamp(eventQueue_.front().deltaFrames, at + 1, end);
       if (left != nullptr && right != nullptr) {
-        // The song position where the piece ends, on the sub-blocks' scale.
+        // The song position handed to sub-block k is the block's span at (k + 1) / K; a piece
+        // that ends inside the sub-block takes the point of that span where it ends.
         const double reached = (k + static_cast<double>(next - start) / (end - start)) / subBlocks;
         const double piecePosition = (1.0 - reached) * previousPpq + reached * blockPpq_;
         synth.renderBlock(left + at, right + at, next - at, piecePosition, tempo);
