@@ -54,11 +54,9 @@ void sendNotes(VstTest& plugin, int notes) {
   plugin.processEvents(list);
 }
 
-// Args: number of notes, unison voices per note.
-void InstanceVoices(benchmark::State& state) {
-  const int notes = static_cast<int>(state.range(0));
-  const int unison = static_cast<int>(state.range(1));
-  VstTest plugin(quietHost, std::make_unique<SynthEngine>());
+// The benchmark patch on a plug-in that has played one block, so the settings have finished
+// their smoothing before any note.
+void preparePatch(VstTest& plugin, int unison, float* outputs[2]) {
   SynthEngine& engine = plugin.engine();
   setPhysical(engine, kPolyphony, 24.0f);
   setPhysical(engine, kUnisonVoices, static_cast<float>(unison));
@@ -78,10 +76,18 @@ void InstanceVoices(benchmark::State& state) {
   plugin.setSampleRate(kRate);
   plugin.setBlockSize(kHostBlock);
   plugin.resume();
+  plugin.processReplacing(nullptr, outputs, kHostBlock);
+}
+
+// Args: number of notes, unison voices per note.
+void InstanceVoices(benchmark::State& state) {
+  const int notes = static_cast<int>(state.range(0));
+  const int unison = static_cast<int>(state.range(1));
+  VstTest plugin(quietHost, std::make_unique<SynthEngine>());
+  SynthEngine& engine = plugin.engine();
   std::vector<float> left(kHostBlock), right(kHostBlock);
   float* outputs[2] = {left.data(), right.data()};
-  // One block first, so the settings above have finished their smoothing before the notes.
-  plugin.processReplacing(nullptr, outputs, kHostBlock);
+  preparePatch(plugin, unison, outputs);
   if (notes > 0) sendNotes(plugin, notes);
   plugin.processReplacing(nullptr, outputs, kHostBlock);
   const int voices = engine.soundingVoiceCount();
@@ -105,6 +111,47 @@ BENCHMARK(InstanceVoices)
     ->Args({0, 1})
     ->Unit(benchmark::kMillisecond)
     ->MinTime(2.0);
+
+// Dense MIDI: eight voices under a pitch wheel that moves every `spacing` frames (0: never),
+// as a host sends a wheel or an expression curve. Shows what the cut of the block at every
+// event's frame costs.
+void DenseMidi(benchmark::State& state) {
+  const int spacing = static_cast<int>(state.range(0));
+  VstTest plugin(quietHost, std::make_unique<SynthEngine>());
+  std::vector<float> left(kHostBlock), right(kHostBlock);
+  float* outputs[2] = {left.data(), right.data()};
+  preparePatch(plugin, 1, outputs);
+  sendNotes(plugin, 8);
+
+  const int count = spacing > 0 ? kHostBlock / spacing : 0;
+  std::vector<vst2::VstMidiEvent> wheel(count);
+  std::vector<char> storage(sizeof(vst2::VstEvents) + count * sizeof(vst2::VstEvent*));
+  auto* list = reinterpret_cast<vst2::VstEvents*>(storage.data());
+  list->numEvents = count;
+  for (int i = 0; i < count; ++i) {
+    const int bend = 8192 + 64 * i;  // a rising sweep, back to its start every block
+    wheel[i] = vst2::VstMidiEvent{};
+    wheel[i].type = vst2::kVstMidiType;
+    wheel[i].byteSize = sizeof(vst2::VstMidiEvent);
+    wheel[i].deltaFrames = i * spacing;
+    wheel[i].midiData[0] = static_cast<char>(0xE0);
+    wheel[i].midiData[1] = static_cast<char>(bend & 0x7f);
+    wheel[i].midiData[2] = static_cast<char>((bend >> 7) & 0x7f);
+    list->events[i] = reinterpret_cast<vst2::VstEvent*>(&wheel[i]);
+  }
+
+  for (auto _ : state) {
+    for (int b = 0; b < kBlocksPerSecond; ++b) {
+      if (count > 0) plugin.processEvents(list);
+      plugin.processReplacing(nullptr, outputs, kHostBlock);
+    }
+    benchmark::DoNotOptimize(left.data());
+  }
+  const double audioSeconds = static_cast<double>(state.iterations()) * kBlocksPerSecond * kHostBlock / kRate;
+  state.counters["x_realtime"] = benchmark::Counter(audioSeconds, benchmark::Counter::kIsRate);
+}
+
+BENCHMARK(DenseMidi)->ArgName("spacing")->Arg(0)->Arg(64)->Arg(16)->Arg(4)->Unit(benchmark::kMillisecond);
 
 // One voice's sound chain alone (both saws, sub, both filters, shaper), without the engine's
 // voice frame and the global effects: the part of a voice's cost that this chain owns.

@@ -41,6 +41,13 @@ struct Parameter {
 
   float baseValue() const { return base.load(std::memory_order_relaxed); }
 
+  // Stores `value` and puts it in force at once: no ramp towards it, no wait for the next
+  // smoothing. Audio thread.
+  void hold(float value) {
+    base.store(value, std::memory_order_relaxed);
+    previous = smoothed = globalValue = value;
+  }
+
   float physical(float normalised) const {
     const int low = lo.load(std::memory_order_relaxed);
     const int high = hi.load(std::memory_order_relaxed);

@@ -26,6 +26,7 @@ float clampUnit(float value) {
 SynthEngine::SynthEngine() {
   for (int index : paramBuildOrder()) params_[index].describe(paramTable()[index]);
   for (Voice& v : voices_) v.setSampleRate(sampleRate_);
+  for (Voice& v : fading_) v.setSampleRate(sampleRate_);
   mixChain_.setSampleRate(sampleRate_);
 }
 
@@ -68,6 +69,7 @@ void SynthEngine::setSampleRate(float hz) {
   if (!(hz > 0.0f) || std::fabs(hz - sampleRate_) < kSampleRateTolerance) return;
   sampleRate_ = hz;
   for (Voice& v : voices_) v.setSampleRate(hz);
+  for (Voice& v : fading_) v.setSampleRate(hz);
   mixChain_.setSampleRate(hz);
 }
 
@@ -118,6 +120,12 @@ void SynthEngine::startVoice(int slot, int note, const NoteChoice& choice, int u
   if (mode != StartMode::kLegato) {
     for (int& seed : request.noiseSeed) seed = random_.next();
   }
+  // A note that takes over a sounding voice restarts its envelopes from zero; rather than cut the
+  // old sound there (a click), a copy of it fades out while the new note starts. A monophonic
+  // legato continuation keeps the sound, and a voice started on this same frame has not been
+  // heard yet: neither needs a copy.
+  const Voice& old = voices_[slot];
+  if (mode != StartMode::kLegato && !old.isSilent() && old.age > 0.0f) fadeOutCopy(old);
   voices_[slot].start(request);
   lastVoice_ = slot;
 }
@@ -171,6 +179,20 @@ void SynthEngine::allocatePolyphonic(int note, const NoteChoice& choice, int pol
   }
 }
 
+void SynthEngine::fadeOutCopy(const Voice& voice) {
+  // A free place, else the copy nearest the end of its fade (the quietest to cut short).
+  Voice* place = &fading_[0];
+  for (Voice& f : fading_) {
+    if (f.isSilent()) {
+      place = &f;
+      break;
+    }
+    if (f.fadeRemaining() < place->fadeRemaining()) place = &f;
+  }
+  *place = voice;
+  place->fadeOut();
+}
+
 int SynthEngine::chooseVictim(int slots) const {
   // A releasing voice is preferred to a held one, an older to a younger; but as the comparison
   // runs slot by slot, an older held voice can still displace a releasing best. Ties keep the
@@ -213,24 +235,30 @@ void SynthEngine::noteOff(int note) {
 
 void SynthEngine::allNotesOff(bool hard) {
   heldCount_ = 0;
+  if (hard) {
+    // An immediate cut: the fading copies go too.
+    for (Voice& v : voices_) v.kill();
+    for (Voice& v : fading_) v.kill();
+    return;
+  }
   for (Voice& v : voices_) {
-    if (hard) {
-      v.kill();
-    } else if (!v.isSilent()) {
-      v.release();
-    }
+    if (!v.isSilent()) v.release();
   }
 }
 
+void SynthEngine::setWheel(int index, float value) {
+  // The wheels are played, not automated: a move takes effect on its own frame instead of
+  // ramping across the host block, so a note sent with a bend sounds bent from its first sample.
+  params_[index].hold(value);
+  parameterChanged(index);
+}
+
 void SynthEngine::setPitchWheel(float bend) {
-  params_[kPitchWheel].base.store(clampUnit((bend + 1.0f) * 0.5f), std::memory_order_relaxed);
-  parameterChanged(kPitchWheel);
+  setWheel(kPitchWheel, clampUnit((bend + 1.0f) * 0.5f));
 }
 
 void SynthEngine::setController(int number, float value) {
-  if (number != 1) return;
-  params_[kModWheel].base.store(clampUnit(value), std::memory_order_relaxed);
-  parameterChanged(kModWheel);
+  if (number == 1) setWheel(kModWheel, clampUnit(value));
 }
 
 void SynthEngine::smoothParameters(float fraction) {
@@ -245,14 +273,19 @@ void SynthEngine::endProcess() {
   for (Parameter& p : params_) p.previous = p.baseValue();
 }
 
+void SynthEngine::holdStoredValues() {
+  for (Parameter& p : params_) p.hold(p.baseValue());
+}
+
 void SynthEngine::reset() {
   heldCount_ = 0;
   for (Voice& v : voices_) v.kill();
+  for (Voice& v : fading_) v.kill();
   mixChain_.reset();
   // Nothing was playing to glide from: values set while the engine was off (a program chosen
   // before the transport starts) hold from the first sample, so a chord on the first frame gets
   // the program's polyphony and not a value half-way from the previous one.
-  endProcess();
+  holdStoredValues();
 }
 
 int SynthEngine::latencySamples(float rate) const {
@@ -260,10 +293,22 @@ int SynthEngine::latencySamples(float rate) const {
   return MixChain::latency(limiter, limiter.baseValue(), rate);
 }
 
-int SynthEngine::soundingVoiceCount() const {
+namespace {
+
+int countSounding(const std::array<Voice, kVoiceCount>& pool) {
   int count = 0;
-  for (const Voice& v : voices_) count += v.isSilent() ? 0 : 1;
+  for (const Voice& v : pool) count += v.isSilent() ? 0 : 1;
   return count;
+}
+
+}  // namespace
+
+int SynthEngine::soundingVoiceCount() const {
+  return countSounding(voices_);
+}
+
+int SynthEngine::fadingVoiceCount() const {
+  return countSounding(fading_);
 }
 
 void SynthEngine::renderVoice(Voice& voice, float globalLfo, float* left, float* right, int frames) {
@@ -310,11 +355,13 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
   std::fill(left, left + frames, 0.0f);
   std::fill(right, right + frames, 0.0f);
   bool voicesSounded = false;
-  for (Voice& v : voices_) {
-    if (v.isSilent()) continue;
-    renderVoice(v, sampleAndHold ? v.globalLfoHold : globalLfo, left, right, frames);
-    v.age += dt;
-    voicesSounded = true;
+  for (auto* pool : {&voices_, &fading_}) {
+    for (Voice& v : *pool) {
+      if (v.isSilent()) continue;
+      renderVoice(v, sampleAndHold ? v.globalLfoHold : globalLfo, left, right, frames);
+      v.age += dt;
+      voicesSounded = true;
+    }
   }
   // The global effects see the global LFO too (never a voice's held value).
   applyModSource(params_.data(), ModSource::kGlobalLfo, globalLfo, ModStage::kGlobal);

@@ -1,6 +1,7 @@
 // The synth engine: the parameter records of the patch, the pool of 64 voices, the held-note
 // list and the note allocation that gives notes their voices (polyphony, unison, stealing,
-// legato, glide, last-note priority), and the rendering of sub-blocks into stereo.
+// legato, glide, last-note priority), the fading copies of voices that new notes take over, and
+// the rendering of sub-blocks into stereo.
 //
 // Threads: every operation runs on the host's audio thread, except `setParameter`,
 // `parameter`, `setListener` and the read-only queries, which any thread may call; they touch
@@ -54,6 +55,7 @@ class SynthEngine {
   void noteOn(int note, float velocity);
   void noteOff(int note);
   void allNotesOff(bool hard);
+  // The wheels take their new values at once and hold them (no ramp).
   void setPitchWheel(float bend);
   void setController(int number, float value);
   // Moves every parameter's smoothed value to `fraction` of the way from its previous to its
@@ -63,6 +65,9 @@ class SynthEngine {
   void renderBlock(float* left, float* right, int frames, double songPositionBeats, double tempoBpm);
   // Ends a host block: the next block ramps from the values stored now.
   void endProcess();
+  // Ends every ramp: each parameter takes its stored value at once, for the rest of the host
+  // block too (a MIDI program change sounds from its own frame).
+  void holdStoredValues();
   // Silences every voice, clears the held notes and the effects' delay lines, filters and
   // limiter, and ends any parameter ramp (the next block starts at the stored values).
   void reset();
@@ -76,6 +81,8 @@ class SynthEngine {
   int heldNoteCount() const { return heldCount_; }
   int heldNote(int position) const { return heldNotes_[position]; }
   int soundingVoiceCount() const;
+  // Copies of taken-over voices still fading out.
+  int fadingVoiceCount() const;
 
  private:
   struct NoteChoice {
@@ -90,12 +97,19 @@ class SynthEngine {
                           const Voice* previous);
   void allocateMonophonic(int note, const NoteChoice& choice, int unison, bool legatoMode);
   int chooseVictim(int slots) const;
+  // Hands a copy of a sounding voice that a new note takes over to the fading pool.
+  void fadeOutCopy(const Voice& voice);
   void removeHeld(int note, bool* removed);
+  // Stores a wheel's value and puts it in force at once, without a ramp.
+  void setWheel(int index, float value);
   // Renders one voice into the sum; globalLfo is the global LFO's routing source for it.
   void renderVoice(Voice& voice, float globalLfo, float* left, float* right, int frames);
 
   std::array<Parameter, kParamCount> params_;
   std::array<Voice, kVoiceCount> voices_;
+  // Copies of stolen and retriggered voices, fading out under the new notes. As many as there are
+  // slots, so that even a chord that takes over every slot at once fades all of them.
+  std::array<Voice, kVoiceCount> fading_;
   std::array<int, 128> heldNotes_{};
   int heldCount_ = 0;
   std::array<float, 128> noteVelocity_{};

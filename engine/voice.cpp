@@ -1,5 +1,6 @@
 #include "engine/voice.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/dsp.h"
@@ -10,6 +11,9 @@ namespace {
 
 // Glides shorter than this many squared seconds jump straight to the note.
 constexpr float kGlideThreshold = 1e-6f;
+// How long the sound of a stolen or retriggered voice takes to fade out: long enough that the
+// fall is no steeper than a low note's own waveform, short enough not to smear the new note.
+constexpr float kFadeSeconds = 0.005f;
 
 }  // namespace
 
@@ -74,12 +78,27 @@ void Voice::release() {
 }
 
 void Voice::kill() {
+  fadeRemaining_ = 0;
   ampEnvelope = EnvelopeState{};
   filterEnvelope = EnvelopeState{};
   modulation.modEnvelope = EnvelopeState{};
   lastOutputGain = -1.0f;
   const int seeds[VoiceChain::kOscillators] = {};
   chain_.restart(seeds);
+}
+
+void Voice::fadeOut() {
+  fadeLength_ = std::max(1, static_cast<int>(kFadeSeconds * sampleRate_));
+  fadeRemaining_ = fadeLength_;
+}
+
+void Voice::applyFade(float* out, int frames) {
+  const int fading = std::min(frames, fadeRemaining_);
+  const float step = 1.0f / static_cast<float>(fadeLength_);
+  for (int i = 0; i < fading; ++i) out[i] *= static_cast<float>(fadeRemaining_ - 1 - i) * step;
+  std::fill(out + fading, out + frames, 0.0f);
+  fadeRemaining_ -= fading;
+  if (fadeRemaining_ == 0) kill();
 }
 
 bool Voice::isSilent() const {
@@ -129,6 +148,7 @@ void Voice::render(float* out, int frames, Parameter* params) {
 
   // The amplitude envelope, cut where its stages change so that they land on their samples.
   applyEnvelopeGain(ampEnvelope, ampEnvelopeTimes(params), out, frames, sampleRate_);
+  if (fadeRemaining_ > 0) applyFade(out, frames);
 }
 
 }  // namespace ziv

@@ -56,6 +56,12 @@ struct Voice {
   void release();
   // Silences the voice at once (hard all-notes-off, engine reset).
   void kill();
+  // Lets the sound as it stands fade to silence over kFadeSeconds, after which the voice is
+  // silent. The engine gives this to a copy of a voice that a new note takes over, so the old
+  // note ends without a click while the new one starts.
+  void fadeOut();
+  // Samples left of a fade-out; 0 when the voice is not fading.
+  int fadeRemaining() const { return fadeRemaining_; }
 
   int stage() const { return static_cast<int>(ampEnvelope.stage); }
   bool held() const { return ampEnvelope.held(); }
@@ -73,7 +79,12 @@ struct Voice {
   // Semitones of the pitch wheel: its bend range times its position.
   static float pitchBend(const Parameter* params);
 
+  // Multiplies out[0..frames) by the fade-out's falling line; ends the voice when it reaches 0.
+  void applyFade(float* out, int frames);
+
   float sampleRate_ = 44100.0f;
+  int fadeRemaining_ = 0;
+  int fadeLength_ = 0;
   VoiceChain chain_;
 };
 

@@ -344,7 +344,10 @@ void VstTest::dispatch(const vst2::VstMidiEvent& event) {
       }
       break;
     case 0xC:
-      if (!noProgramChange_) setProgram(data1);
+      if (!noProgramChange_) {
+        setProgram(data1);
+        synth.holdStoredValues();  // the new program sounds from this frame, not ramped in
+      }
       break;
     case 0xE:
       synth.setPitchWheel((((data2 << 7) | data1) - 8192) / 8192.0f);
@@ -385,15 +388,27 @@ void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 f
     const int start = k * n / subBlocks;
     const int end = (k + 1) * n / subBlocks;
     const float fraction = static_cast<float>(k + 1) / static_cast<float>(subBlocks);
-    synth.smoothParameters(fraction);
-    // Events apply at the start of the sub-block that holds their offset.
-    while (!eventQueue_.empty() && eventQueue_.front().deltaFrames < end) {
-      dispatch(eventQueue_.front());
-      eventQueue_.popFront();
-    }
-    if (left != nullptr && right != nullptr) {
-      const double subPosition = (1.0 - fraction) * previousPpq + fraction * blockPpq_;
-      synth.renderBlock(left + start, right + start, end - start, subPosition, tempo);
+    // Every event takes effect on its own frame, rather than at the start of the sub-block that
+    // holds it: the sub-block is cut where events fall, so a note sounds where it was played
+    // whatever the host's block size. The pieces keep their sub-block's smoothing step.
+    for (int at = start; at < end;) {
+      // The sub-block's smoothing step first, so that a note on its first frame finds the host's
+      // automation as the sound will; then this frame's events, which put their values in force
+      // at once: a note starts with the wheels and the program of its own frame.
+      synth.smoothParameters(fraction);
+      while (!eventQueue_.empty() && eventQueue_.front().deltaFrames <= at) {
+        dispatch(eventQueue_.front());
+        eventQueue_.popFront();
+      }
+      const int next = eventQueue_.empty() ? end : std::clamp(eventQueue_.front().deltaFrames, at + 1, end);
+      if (left != nullptr && right != nullptr) {
+        // The song position handed to sub-block k is the block's span at (k + 1) / K; a piece
+        // that ends inside the sub-block takes the point of that span where it ends.
+        const double reached = (k + static_cast<double>(next - start) / (end - start)) / subBlocks;
+        const double piecePosition = (1.0 - reached) * previousPpq + reached * blockPpq_;
+        synth.renderBlock(left + at, right + at, next - at, piecePosition, tempo);
+      }
+      at = next;
     }
   }
   eventQueue_.carryOver(n);

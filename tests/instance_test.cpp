@@ -58,6 +58,7 @@ TEST(Instance, ReportsItselfToTheHost) {
   EXPECT_STREQ(text, "Vrn ZIV");
   EXPECT_EQ(call(vst2::effGetEffectName, 0, 0, nullptr), 0);
   EXPECT_EQ(call(vst2::effGetPlugCategory, 0, 0, nullptr), vst2::kPlugCategSynth);
+  EXPECT_EQ(call(vst2::effGetCurrentMidiProgram, 0, 0, nullptr), -1);
   EXPECT_EQ(call(vst2::effGetVstVersion, 0, 0, nullptr), 2400);
   EXPECT_EQ(call(vst2::effGetTailSize, 0, 0, nullptr), 3 * 44100 + 1);
   EXPECT_EQ(call(vst2::effCanDo, 0, 0, const_cast<char*>("receiveVstMidiEvent")), 1);
@@ -132,18 +133,19 @@ TEST(Instance, ParameterChangesMirrorIntoTheCurrentProgram) {
   EXPECT_FALSE(plugin.beginEdit(-1));
 }
 
-TEST(Instance, EventsApplyAtTheStartOfTheirSubBlock) {
-  // 129 frames are two sub-blocks of 64 and 65: an event at offset 100 starts with the second.
+TEST(Instance, EventsApplyOnTheirOwnFrame) {
+  // 129 frames are two sub-blocks of 64 and 65; notes start where they were played, not where
+  // their sub-block starts.
   TestHost late;
   late.noteOn(100, 60);
   late.process(129);
   ASSERT_NE(voicePlaying(late.engine(), 60), nullptr);
-  EXPECT_FLOAT_EQ(voicePlaying(late.engine(), 60)->age, framesToSeconds(65));
+  EXPECT_FLOAT_EQ(voicePlaying(late.engine(), 60)->age, framesToSeconds(29));
 
   TestHost early;
   early.noteOn(63, 60);
   early.process(129);
-  EXPECT_FLOAT_EQ(voicePlaying(early.engine(), 60)->age, framesToSeconds(64) + framesToSeconds(65));
+  EXPECT_FLOAT_EQ(voicePlaying(early.engine(), 60)->age, framesToSeconds(66));
 }
 
 TEST(Instance, EventsBeyondTheBlockWaitForALaterOne) {
@@ -154,7 +156,7 @@ TEST(Instance, EventsBeyondTheBlockWaitForALaterOne) {
   EXPECT_EQ(voicePlaying(host.engine(), 60), nullptr);
   host.process(128);  // offset now 44
   ASSERT_NE(voicePlaying(host.engine(), 60), nullptr);
-  EXPECT_FLOAT_EQ(voicePlaying(host.engine(), 60)->age, framesToSeconds(128));
+  EXPECT_FLOAT_EQ(voicePlaying(host.engine(), 60)->age, framesToSeconds(128 - 44));
 }
 
 TEST(Instance, EqualOffsetsKeepTheirArrivalOrder) {

@@ -212,6 +212,8 @@ VstIntPtr AudioEffectX::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr va
       return text != nullptr ? canDo(text) : 0;
     case effGetTailSize:
       return getGetTailSize();
+    case effGetCurrentMidiProgram:
+      return getCurrentMidiProgram(index, ptr);
     case effGetVstVersion:
       return getVstVersion();
     case effBeginSetProgram:

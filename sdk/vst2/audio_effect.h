@@ -163,6 +163,13 @@ class AudioEffectX : public AudioEffect {
     return 0;
   }
   virtual VstInt32 getGetTailSize() { return 0; }
+  // The MIDI program in force on `channel`, described into `program` (a MidiProgramName); -1
+  // says the plug-in names no MIDI programs, and hosts then ask no further.
+  virtual VstInt32 getCurrentMidiProgram(VstInt32 channel, void* program) {
+    (void)channel;
+    (void)program;
+    return -1;
+  }
   virtual VstInt32 getVstVersion() { return 2400; }
   virtual bool beginSetProgram() { return false; }
   virtual bool endSetProgram() { return false; }

@@ -1,0 +1,232 @@
+// What a player hears at the edges of notes: notes start on their own frame whatever the host's
+// block size, a voice taken over by a new note fades out instead of clicking, and a wheel moved
+// on a note's frame is in force from the note's first sample.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <vector>
+
+#include "engine/modulation/mod_routing.h"
+#include "test_host.h"
+
+namespace ziv::testing {
+namespace {
+
+// Starts from the factory "Init Patch", applies `patch`, and resets the engine so the settings
+// hold from the first frame instead of ramping in.
+void preparePatch(TestHost& host, const std::function<void(TestHost&)>& patch) {
+  host.plugin().initProgram();
+  patch(host);
+  host.plugin().resume();
+}
+
+// A plain sawtooth with an instant attack: its first sample after the chain's delay is loud.
+void sawPatch(TestHost& host) {
+  host.setPhysical(kOsc1Gain, 1.0f);
+  host.setPhysical(kAmpEnvAttack, 0.0f);
+  host.setPhysical(kAmpEnvSustain, 1.0f);
+}
+
+// A sine-like tone: the sub oscillator alone at its sine shape, at the note's own octave,
+// through open filters, with a 4 ms attack and a long release.
+void sinePatch(TestHost& host, int polyphony) {
+  host.setPhysical(kOsc1Gain, 0.0f);
+  host.setPhysical(kOsc2Gain, 0.0f);
+  host.setPhysical(kSubGain, 1.0f);
+  host.setPhysical(kSubShape, 0.25f);
+  host.setPhysical(kSubOctave, 0.0f);
+  host.setPhysical(kFilter1Cutoff, 1.0f);
+  host.setPhysical(kFilter1EnvAmt, 0.0f);
+  host.setPhysical(kAmpEnvSustain, 1.0f);
+  host.setPhysical(kAmpEnvRelease, 0.5f);
+  host.setPhysical(kPolyphony, static_cast<float>(polyphony));
+}
+
+int firstSounding(const std::vector<float>& x) {
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    if (x[i] != 0.0f) return static_cast<int>(i);
+  }
+  return -1;
+}
+
+float largestStep(const std::vector<float>& x, std::size_t from, std::size_t to) {
+  float step = 0.0f;
+  for (std::size_t i = std::max<std::size_t>(from, 1); i < std::min(to, x.size()); ++i) {
+    step = std::max(step, std::fabs(x[i] - x[i - 1]));
+  }
+  return step;
+}
+
+// Renders `total` frames in host blocks of `block`; `events(host, blockStart, frames)` queues the
+// MIDI of each block before it is processed.
+std::vector<float> render(TestHost& host, int total, int block,
+                          const std::function<void(TestHost&, int, int)>& events) {
+  std::vector<float> out;
+  for (int start = 0; start < total; start += block) {
+    const int frames = std::min(block, total - start);
+    events(host, start, frames);
+    host.process(frames);
+    out.insert(out.end(), host.left.begin(), host.left.begin() + frames);
+  }
+  return out;
+}
+
+TEST(Playing, NotesStartOnTheirOwnFrame) {
+  // Every offset of a block of two sub-blocks: the onset moves frame by frame with the offset,
+  // behind it by the chain's fixed delay only.
+  constexpr int kBlock = 130;
+  constexpr int kMaxChainDelay = 16;
+  int delay = -1;
+  for (int offset = 0; offset < kBlock; ++offset) {
+    TestHost host;
+    preparePatch(host, sawPatch);
+    const std::vector<float> out = render(host, 2 * kBlock, kBlock, [offset](TestHost& h, int start, int) {
+      if (start == 0) h.noteOn(offset, 60);
+    });
+    const int onset = firstSounding(out);
+    if (offset == 0) delay = onset;
+    ASSERT_EQ(onset - offset, delay) << "offset " << offset;
+  }
+  EXPECT_GE(delay, 0);
+  EXPECT_LE(delay, kMaxChainDelay);
+}
+
+TEST(Playing, RendersAgreeAtEveryHostBlockSize) {
+  // A phrase of overlapping notes through a resonant key-tracked filter, a decaying envelope,
+  // chorus and delay: the host's block size must not change what is heard. (The filter envelope
+  // is left out: its level is still taken once per sub-block, so a fast filter sweep differs
+  // with the sub-block grid.)
+  auto patch = [](TestHost& host) {
+    host.setPhysical(kPolyphony, 8.0f);
+    host.setPhysical(kOsc2Gain, 0.5f);
+    host.setPhysical(kOsc2Cents, 7.0f);
+    host.setPhysical(kFilter1Q, 0.5f);
+    host.setPhysical(kFilter1EnvAmt, 0.0f);
+    host.setPhysical(kAmpEnvDecay, 0.4f);
+    host.setPhysical(kAmpEnvSustain, 0.5f);
+    host.setPhysical(kChorusMix, 0.5f);
+    host.setPhysical(kDelaySend, 0.3f);
+  };
+  struct Note {
+    int frame, note;
+    bool on;
+  };
+  const std::vector<Note> phrase = {{0, 48, true},      {3001, 55, true},  {9950, 60, true},
+                                    {12345, 48, false}, {17777, 64, true}, {20000, 55, false},
+                                    {25001, 60, false}, {25001, 67, true}, {31313, 64, false},
+                                    {38000, 67, false}, {40123, 52, true}, {47000, 52, false}};
+  constexpr int kFrames = 66150;  // 1.5 s, past the last release's start
+  auto play = [&](int block) {
+    TestHost host;
+    preparePatch(host, patch);
+    return render(host, kFrames, block, [&](TestHost& h, int start, int frames) {
+      for (const Note& n : phrase) {
+        if (n.frame < start || n.frame >= start + frames) continue;
+        if (n.on) {
+          h.noteOn(n.frame - start, n.note);
+        } else {
+          h.noteOff(n.frame - start, n.note);
+        }
+      }
+    });
+  };
+  const std::vector<float> reference = play(128);
+  double signal = 0.0;
+  for (float x : reference) signal += static_cast<double>(x) * x;
+  ASSERT_GT(signal, 0.0);
+  for (int block : {16, 64, 100, 1000, 4096}) {
+    const std::vector<float> other = play(block);
+    double difference = 0.0;
+    for (std::size_t i = 0; i < reference.size(); ++i) {
+      const double d = static_cast<double>(other[i]) - reference[i];
+      difference += d * d;
+    }
+    const double belowDb = difference > 0.0 ? 10.0 * std::log10(signal / difference) : 999.0;
+    EXPECT_GE(belowDb, 60.0) << "block " << block;
+  }
+}
+
+TEST(Playing, TakenOverVoicesFadeInsteadOfClicking) {
+  // A 110 Hz sine (note 45) is taken over by note 33 on frame 11025 of a block: a polyphonic
+  // steal of the held voice, a monophonic retrigger, and a monophonic note during the release.
+  // Around the takeover the largest one-sample step stays within twice the sine's own.
+  struct Case {
+    const char* name;
+    int polyphony;
+    bool releaseFirst;
+  };
+  constexpr int kTakeover = 11025;
+  constexpr int kFrames = 22050;
+  constexpr int kBlock = 256;
+  for (const Case& c : {Case{"steal", 2, false}, Case{"retrigger", 1, false}, Case{"in release", 1, true}}) {
+    TestHost host;
+    preparePatch(host, [&c](TestHost& h) { sinePatch(h, c.polyphony); });
+    const std::vector<float> out = render(host, kFrames, kBlock, [&](TestHost& h, int start, int frames) {
+      auto at = [&](int frame) { return frame >= start && frame < start + frames; };
+      if (at(0)) h.noteOn(0, 45);
+      if (c.polyphony > 1 && at(1000)) h.noteOn(1000 - start, 21);  // a low second voice
+      if (c.releaseFirst && at(kTakeover - 2000)) h.noteOff(kTakeover - 2000 - start, 45);
+      if (at(kTakeover)) h.noteOn(kTakeover - start, 33);
+    });
+    const float own = largestStep(out, 4000, kTakeover - 2000);
+    const float around = largestStep(out, kTakeover - 100, kTakeover + 2000);
+    EXPECT_GT(own, 0.0f) << c.name;
+    EXPECT_LE(around, 2.0f * own) << c.name;
+  }
+
+  // A hard all-notes-off still cuts at once, the fading copies included.
+  TestHost host;
+  preparePatch(host, [](TestHost& h) { sinePatch(h, 1); });
+  host.noteOn(0, 45);
+  host.process(4096);
+  host.noteOn(0, 33);
+  host.controller(10, 120, 0);
+  host.process(256);
+  EXPECT_EQ(host.engine().soundingVoiceCount(), 0);
+  EXPECT_EQ(host.engine().fadingVoiceCount(), 0);
+}
+
+TEST(Playing, WheelsSentWithANoteAreInForceFromItsFirstSample) {
+  // A wheel moved on a note's own frame must sound exactly as one moved a block earlier: a +12
+  // bend, and a mod wheel that lengthens the attack (which then starts from zero).
+  struct Case {
+    const char* name;
+    int status, data1, data2;
+  };
+  auto patch = [](TestHost& h) {
+    sawPatch(h);
+    h.setPhysical(kPitchBendRange, 12.0f);
+    const ModTargetList list = modTargets(ModSource::kModWheel);
+    const int attack =
+        static_cast<int>(std::find(list.targets, list.targets + list.count, kAmpEnvAttack) - list.targets);
+    h.plugin().setParameter(kModWheelTarget1, static_cast<float>(attack) / (list.count - 1));
+    h.setPhysical(kModWheelAmt1, 0.5f);
+  };
+  constexpr int kBlock = 1000;  // eight sub-blocks: the note falls inside the fifth
+  constexpr int kNoteFrame = kBlock + 555;
+  for (const Case& c : {Case{"bend", 0xE0, 0x7f, 0x7f}, Case{"mod wheel", 0xB0, 1, 127}}) {
+    auto play = [&](int wheelFrame) {
+      TestHost host;
+      preparePatch(host, patch);
+      return render(host, 3 * kBlock, kBlock, [&](TestHost& h, int start, int frames) {
+        if (wheelFrame >= start && wheelFrame < start + frames)
+          h.midi(wheelFrame - start, c.status, c.data1, c.data2);
+        if (start == kBlock) h.noteOn(kNoteFrame - start, 57);
+      });
+    };
+    const std::vector<float> early = play(0);
+    const std::vector<float> withNote = play(kNoteFrame);
+    float peak = 0.0f, difference = 0.0f;
+    for (std::size_t i = 0; i < early.size(); ++i) {
+      peak = std::max(peak, std::fabs(early[i]));
+      difference = std::max(difference, std::fabs(early[i] - withNote[i]));
+    }
+    EXPECT_GT(peak, 0.01f) << c.name;
+    EXPECT_LE(difference, 1e-6f * peak) << c.name;
+  }
+}
+
+}  // namespace
+}  // namespace ziv::testing
