@@ -10,8 +10,9 @@ fail() { echo "FAIL: $*" >&2; exit 1; }
 for tool in wine xvfb-run; do
   command -v "$tool" >/dev/null || { echo "SKIP: $tool is not installed"; exit 77; }
 done
-[[ -f "$WIN_BUILD_DIR/VrnZIV.dll" && -f "$WIN_BUILD_DIR/vrnhost.exe" ]] \
-  || fail "no VrnZIV.dll and vrnhost.exe in $WIN_BUILD_DIR; build the Windows plug-in first"
+for built in VrnZIV.dll vrnhost.exe editor_win_tests.exe; do
+  [[ -f "$WIN_BUILD_DIR/$built" ]] || fail "no $built in $WIN_BUILD_DIR; build the Windows plug-in first"
+done
 mkdir -p "$OUT_DIR"
 
 # Plays a script (given on stdin) and keeps the report in $OUT_DIR/NAME.txt.
@@ -105,6 +106,11 @@ SCRIPT
     [[ $(grep -c '^param ' "$OUT_DIR/gestures.txt") -eq 216 ]] || fail "gestures: expected two listings of 108"
     diff <(grep '^param ' "$OUT_DIR/gestures.txt" | head -108) <(grep '^param ' "$OUT_DIR/gestures.txt" | tail -108) \
       || fail "gestures: the wheel changed parameters"
+    ;;
+  window)
+    # The GDI canvas, the window class's lifetime and the text field, checked from inside wine.
+    xvfb-run -a wine "$WIN_BUILD_DIR/editor_win_tests.exe" | tee "$OUT_DIR/window.txt"
+    grep -q '^0 of [1-9][0-9]* editor window checks failed' "$OUT_DIR/window.txt" || fail "window layer checks failed"
     ;;
   screenshot)
     shot="$OUT_DIR/editor.png"
