@@ -44,14 +44,14 @@ EditorWindow::EditorWindow(EditorUi& ui, HWND parent, int width, int height) : u
   ShowWindow(window_, SW_SHOW);
   InvalidateRect(window_, nullptr, FALSE);
   UpdateWindow(window_);
-  timer_ = SetTimer(window_, kTimerId, kTimerMs, nullptr);
+  SetTimer(window_, kTimerId, kTimerMs, nullptr);
 }
 
 EditorWindow::~EditorWindow() {
   // Messages sent while the window goes (capture loss, focus) must not run a frame any more.
   if (window_ != nullptr) SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
   textField_.close();
-  KillTimer(window_, timer_);
+  KillTimer(window_, kTimerId);
   DestroyWindow(window_);
   canvas_.reset();
   if (memoryContext_ != nullptr) SelectObject(memoryContext_, initialBitmap_);

@@ -59,7 +59,6 @@ class EditorWindow {
   HBITMAP offscreen_ = nullptr;
   HDC memoryContext_ = nullptr;
   HGDIOBJ initialBitmap_ = nullptr;  // the memory context's own bitmap, put back before deletion
-  UINT_PTR timer_ = 0;
   std::unique_ptr<GdiCanvas> canvas_;
   TextField textField_;
 };

@@ -210,6 +210,18 @@ void testWindowsAndTextField(ziv::EditorUi& ui) {
   first->runFrame(true);
   check(SendMessageW(first->handle(), WM_ERASEBKGND, 0, 0) == 1, "the background is never erased");
 
+  // Painting copies the off-screen bitmap to the screen, where a screenshot reads it back.
+  const RECT whole{0, 0, ziv::EditorUi::kWidth, ziv::EditorUi::kHeight};
+  HBRUSH red = CreateSolidBrush(RGB(255, 0, 0));
+  FillRect(first->memoryContext(), &whole, red);
+  DeleteObject(red);
+  InvalidateRect(first->handle(), nullptr, FALSE);
+  UpdateWindow(first->handle());
+  HDC screen = GetDC(first->handle());
+  check(GetPixel(screen, 520, 236) == RGB(255, 0, 0) && GetPixel(screen, 1039, 471) == RGB(255, 0, 0),
+        "the window shows the off-screen bitmap");
+  ReleaseDC(first->handle(), screen);
+
   ziv::TextField& field = second->textField();
   field.open(ziv::Rect{10, 10, 100, 16}, "Init Grüße", 24, nullptr);
   int start = -1, end = -1;
