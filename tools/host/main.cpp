@@ -149,19 +149,19 @@ bool editorScriptText(const HostOptions& options, std::string& script, std::stri
 
 int runEditorMode(const HostOptions& options, const std::string& pluginPath) {
   std::string error;
-  if (!isWindowsPlugin(pluginPath))
-    return fail("the editor is part of the Windows plug-in only: give a .dll");
+  if (!isWindowsPlugin(pluginPath)) return fail("the editor is part of the Windows plug-in only: give a .dll");
+  std::string script;
+  if (!editorScriptText(options, script, error)) return fail(error);
   const char* display = std::getenv("DISPLAY");
   if (display == nullptr || *display == '\0') {
     return fail("the editor needs an X display (DISPLAY is unset): run under xvfb-run -a");
   }
-  std::string script;
-  if (!editorScriptText(options, script, error)) return fail(error);
   WineSettings wine;
   wine.wine = options.wine;
   wine.windowsHost = locateWindowsHost(options.windowsHost, pluginPath, error);
-  if (wine.windowsHost.empty() || !runEditorUnderWine(pluginPath, script, wine, std::cout, error))
+  if (wine.windowsHost.empty() || !runEditorUnderWine(pluginPath, script, wine, std::cout, error)) {
     return fail(error);
+  }
   return 0;
 }
 
