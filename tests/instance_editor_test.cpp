@@ -27,14 +27,16 @@ class RecordingEditor : public PluginEditor {
 
 struct EditorHost {
   EditorHost() {
-    host.plugin().attachEditor(std::make_unique<RecordingEditor>(host.plugin(), redraws, programAtDestruction));
+    host.plugin().attachEditor(
+        std::make_unique<RecordingEditor>(host.plugin(), redraws, programAtDestruction));
   }
   int redraws = 0;
   int programAtDestruction = -1;
   TestHost host;
 };
 
-vst2::VstIntPtr dispatch(VstTest& plugin, vst2::VstInt32 opcode, vst2::VstIntPtr value = 0, void* ptr = nullptr) {
+vst2::VstIntPtr dispatch(VstTest& plugin, vst2::VstInt32 opcode, vst2::VstIntPtr value = 0,
+                         void* ptr = nullptr) {
   return plugin.dispatcher(opcode, 0, value, ptr, 0.0f);
 }
 
@@ -102,7 +104,8 @@ TEST(InstanceEditor, GoesBeforeTheRestOfTheInstance) {
   int programAtDestruction = -1;
   {
     TestHost host;
-    host.plugin().attachEditor(std::make_unique<RecordingEditor>(host.plugin(), redraws, programAtDestruction));
+    host.plugin().attachEditor(
+        std::make_unique<RecordingEditor>(host.plugin(), redraws, programAtDestruction));
     host.plugin().setProgram(5);
   }
   EXPECT_EQ(programAtDestruction, 5);

@@ -70,7 +70,8 @@ void EditorWindow::runFrame(bool fullRedraw) {
 LRESULT CALLBACK EditorWindow::procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_CREATE) {
     // Messages arrive before CreateWindowExW returns the handle to the constructor.
-    auto* created = static_cast<EditorWindow*>(reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
+    auto* created =
+        static_cast<EditorWindow*>(reinterpret_cast<const CREATESTRUCTW*>(lParam)->lpCreateParams);
     created->window_ = window;
     SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(created));
   }

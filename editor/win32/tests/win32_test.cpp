@@ -144,8 +144,9 @@ void testText() {
       HFONT liberation = makeFont("Liberation Sans", size, bold);
       for (const char* text : texts) {
         const int arialWidth = canvas.measureText(text, arial).width;
-        check(arialWidth > 0 && arialWidth == canvas.measureText(text, liberation).width,
-              std::string("\"Arial\" measures as Liberation Sans: '") + text + "' at " + std::to_string(size));
+        check(
+            arialWidth > 0 && arialWidth == canvas.measureText(text, liberation).width,
+            std::string("\"Arial\" measures as Liberation Sans: '") + text + "' at " + std::to_string(size));
       }
       DeleteObject(arial);
       DeleteObject(liberation);
@@ -201,7 +202,8 @@ void testWindowsAndTextField(ziv::EditorUi& ui) {
   HWND parent = makeParent();
   check(!classRegistered(), "no class before the first window");
   auto first = std::make_unique<ziv::EditorWindow>(ui, parent, ziv::EditorUi::kWidth, ziv::EditorUi::kHeight);
-  auto second = std::make_unique<ziv::EditorWindow>(ui, parent, ziv::EditorUi::kWidth, ziv::EditorUi::kHeight);
+  auto second =
+      std::make_unique<ziv::EditorWindow>(ui, parent, ziv::EditorUi::kWidth, ziv::EditorUi::kHeight);
   check(first->handle() != nullptr && second->handle() != nullptr, "both windows exist");
   check(ziv::EditorWindow::liveCount() == 2 && classRegistered(), "two windows share the class");
   RECT client{};

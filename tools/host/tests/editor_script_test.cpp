@@ -1,9 +1,9 @@
 // The editor script: every step with its arguments and defaults, and mistakes reported by line.
+#include "tools/host/editor_script.h"
+
 #include <gtest/gtest.h>
 
 #include <sstream>
-
-#include "tools/host/editor_script.h"
 
 namespace vrnhost {
 namespace {
@@ -69,18 +69,15 @@ TEST(EditorScript, ReadsEveryStep) {
 
 TEST(EditorScript, NamesTheLineOfAMistake) {
   const char* bad[] = {
-      "hover 1 2",        // unknown step
-      "move 1",           // missing coordinate
-      "move 1 2 3",       // extra word
-      "click 1 2 middle", // no such button
-      "drag 0 0 10 10 0", // no moves
-      "shift left",
-      "wait -1",
-      "wait x",
-      "screenshot",
-      "set Cutoff",       // no value
-      "set Cutoff=1.5",   // out of range
-      "instance 4",       // instances 0..3
+      "hover 1 2",         // unknown step
+      "move 1",            // missing coordinate
+      "move 1 2 3",        // extra word
+      "click 1 2 middle",  // no such button
+      "drag 0 0 10 10 0",  // no moves
+      "shift left",       "wait -1", "wait x", "screenshot",
+      "set Cutoff",      // no value
+      "set Cutoff=1.5",  // out of range
+      "instance 4",      // instances 0..3
       "open now",
   };
   for (const char* line : bad) {
