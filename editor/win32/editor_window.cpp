@@ -9,8 +9,8 @@ constexpr UINT_PTR kTimerId = 0;
 constexpr int kLeftButton = 0;
 constexpr int kRightButton = 1;
 
-// The host process's module, deliberately not the plug-in's: the class stays valid whichever of
-// several loaded copies of the plug-in registered it.
+// The class and its windows belong to the host process's module rather than the plug-in's; the
+// class's registration and every window creation name the same module, so they always match.
 HINSTANCE hostModule() {
   return GetModuleHandleW(nullptr);
 }
