@@ -3,11 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-// lodepng is compiled as C: its functions have C linkage, and its C++ wrappers are not built.
-#define LODEPNG_NO_COMPILE_CPP
-extern "C" {
-#include "lodepng.h"
-}
+#include "editor/lodepng_c.h"
 
 namespace vrnhost {
 

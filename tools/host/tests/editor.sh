@@ -14,6 +14,8 @@ for built in VrnZIV.dll vrnhost.exe editor_win_tests.exe; do
   [[ -f "$WIN_BUILD_DIR/$built" ]] || fail "no $built in $WIN_BUILD_DIR; build the Windows plug-in first"
 done
 mkdir -p "$OUT_DIR"
+# Each case ends the prefix's wine server, so the next one starts its desktop on its own display.
+trap 'wineserver -k >/dev/null 2>&1 || true' EXIT
 
 # Plays a script (given on stdin) and keeps the report in $OUT_DIR/NAME.txt.
 play() {  # name [vrnhost options...]
@@ -36,6 +38,9 @@ png_size() {
 }
 
 case "$1" in
+  prefix)
+    bash "$(dirname "$0")/../../wine-prefix.sh"
+    ;;
   lifecycle)
     # getRect before and after opening, open/close/reopen, two editors at once, an instance
     # destroyed while its editor is open, and a second instance closed normally afterwards.
