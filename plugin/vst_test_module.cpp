@@ -16,10 +16,6 @@ void VstTestModule::setParameter(vst2::VstInt32 index, float value) {
   if (isHostParameter(index)) engine_->setParameter(index, value, false);
 }
 
-void VstTestModule::setParameterFromEditor(vst2::VstInt32 index, float value) {
-  if (isHostParameter(index)) engine_->setParameter(index, value, true);
-}
-
 float VstTestModule::getParameter(vst2::VstInt32 index) {
   return isHostParameter(index) ? engine_->parameter(index).baseValue() : 0.0f;
 }

@@ -22,9 +22,6 @@ class VstTestModule : public vst2::AudioEffectX, private MachineListener {
   SynthEngine& engine() { return *engine_; }
 
   void setParameter(vst2::VstInt32 index, float value) override;
-  // A change made in the editor (user-interface thread): as setParameter, and the host hears it
-  // through audioMasterAutomate. The editor brackets each gesture with beginEdit and endEdit.
-  void setParameterFromEditor(vst2::VstInt32 index, float value);
   float getParameter(vst2::VstInt32 index) override;
   void getParameterName(vst2::VstInt32 index, char* text) override;
   void getParameterDisplay(vst2::VstInt32 index, char* text) override;

@@ -81,21 +81,20 @@ TEST(InstanceEditor, EditorGesturesReachTheHostInOrder) {
   VstTest& plugin = editor.host.plugin();
   HostRecord& record = editor.host.record();
 
+  // The editor writes with the engine's editor flag, inside the instance's begin/end bracket.
   plugin.beginEdit(12);
-  plugin.setParameterFromEditor(12, 0.25f);
-  plugin.setParameterFromEditor(12, 0.5f);
+  plugin.engine().setParameter(12, 0.25f, true);
+  plugin.engine().setParameter(12, 0.5f, true);
   plugin.endEdit(12);
   EXPECT_EQ(record.editLog, "begin 12;automate 12 0.25;automate 12 0.50;end 12;");
   EXPECT_FLOAT_EQ(plugin.getParameter(12), 0.5f);
   EXPECT_FLOAT_EQ(plugin.program(plugin.getProgram()).values[12], 0.5f);
 
-  // Host automation is not echoed back; no parameter (-1) and indices out of range do nothing.
+  // Host automation is not echoed back; no parameter (-1) brackets nothing.
   record.editLog.clear();
   plugin.setParameter(12, 0.75f);
   plugin.beginEdit(-1);
   plugin.endEdit(-1);
-  plugin.setParameterFromEditor(108, 0.5f);
-  plugin.setParameterFromEditor(-1, 0.5f);
   EXPECT_EQ(record.editLog, "");
 }
 
