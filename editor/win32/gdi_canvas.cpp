@@ -67,24 +67,41 @@ void GdiCanvas::drawText(const std::string& text, int x, int y, FontHandle font,
 
 Rect GdiCanvas::measureText(const std::string& text, FontHandle font) {
   if (font == nullptr) return Rect{};
-  HGDIOBJ previous = SelectObject(target_, static_cast<HFONT>(font));
-  SIZE size{};
-  GetTextExtentPoint32A(target_, text.data(), measuredLength(text), &size);
-  SelectObject(target_, previous);
-  return Rect{0, 0, size.cx, size.cy};
+  const TextSize& size = textSize(text, font);
+  return Rect{0, 0, size.width, size.height};
 }
 
 int GdiCanvas::fitCount(const std::string& text, FontHandle font, int maxWidth, int* extents, int capacity) {
   if (font == nullptr) return 0;
+  const TextSize& size = textSize(text, font);
+  if (extents != nullptr && capacity > 0) {
+    std::copy_n(size.extents.begin(), std::min<std::size_t>(capacity, size.extents.size()), extents);
+  }
+  // As GetTextExtentExPoint counts: the characters whose extent is within the width.
+  return static_cast<int>(std::upper_bound(size.extents.begin(), size.extents.end(), maxWidth) -
+                          size.extents.begin());
+}
+
+const GdiCanvas::TextSize& GdiCanvas::textSize(const std::string& text, FontHandle font) {
+  auto kept = std::find_if(textSizes_.begin(), textSizes_.end(),
+                           [font](const auto& sizes) { return sizes.first == font; });
+  if (kept == textSizes_.end()) kept = textSizes_.insert(textSizes_.end(), {font, TextSizes{}});
+  TextSizes& sizes = kept->second;
+  auto found = sizes.find(text);
+  if (found != sizes.end()) return found->second;
+
+  if (sizes.size() >= kMaxKeptTexts) sizes.clear();
+  TextSize& size = sizes[text];
   const int length = measuredLength(text);
+  size.extents.resize(static_cast<std::size_t>(length));
   HGDIOBJ previous = SelectObject(target_, static_cast<HFONT>(font));
-  INT fit = 0;
-  SIZE size{};
-  // GDI writes one extent per character measured, so it gets a buffer of the full length.
-  GetTextExtentExPointA(target_, text.data(), length, maxWidth, &fit, extents_.data(), &size);
+  SIZE total{};
+  // Without a fit count to fill, GDI measures every character regardless of a maximum width.
+  GetTextExtentExPointA(target_, text.data(), length, 0, nullptr, size.extents.data(), &total);
   SelectObject(target_, previous);
-  if (extents != nullptr && capacity > 0) std::copy_n(extents_.begin(), std::min(capacity, length), extents);
-  return fit;
+  size.width = total.cx;
+  size.height = total.cy;
+  return size;
 }
 
 void GdiCanvas::setClip(const Rect& clip) {

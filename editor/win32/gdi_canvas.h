@@ -4,12 +4,18 @@
 // drawn with a transparent background; the CPU-drawn pictures get 32-bit DIB sections of their
 // own, which the canvas frees with itself.
 //
+// Text measurements are kept by font and text: the layout fits every caption and value on every
+// frame, GDI's answer never changes for a font, and asking it again is most of an idle frame's
+// cost (several milliseconds under wine). Fonts must therefore outlive the canvas, as the
+// editor's do (they live as long as the process).
+//
 // Threads: the host's user-interface thread only, inside an editor frame.
 #pragma once
 
 #include <windows.h>
 
-#include <array>
+#include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -39,12 +45,26 @@ class GdiCanvas : public Canvas {
   void endPixels(Image& image) override;
 
  private:
+  // Texts kept per font before that font's measurements start afresh (value texts change as
+  // controls move, so the set would otherwise grow without end).
+  static constexpr std::size_t kMaxKeptTexts = 4096;
+
+  struct TextSize {
+    int width = 0;
+    int height = 0;
+    std::vector<int> extents;  // width of characters 0..i, for each measured character i
+  };
+  using TextSizes = std::unordered_map<std::string, TextSize>;
+
+  // The size of `text` (its first kMaxMeasured characters) in `font`, from GDI on first use.
+  const TextSize& textSize(const std::string& text, FontHandle font);
+
   HDC target_;
   HWND window_;
   HRGN clip_ = nullptr;
   // The bitmaps made for CPU-drawn pictures, by the image they were made for.
   std::vector<std::pair<const Image*, HBITMAP>> pictures_;
-  std::array<int, kMaxMeasured> extents_{};
+  std::vector<std::pair<FontHandle, TextSizes>> textSizes_;
 };
 
 // GDI's COLORREF (red in the low byte) of a 0xRRGGBB colour.

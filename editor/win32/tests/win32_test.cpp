@@ -128,7 +128,6 @@ HFONT makeFont(const char* face, int pixelHeight, bool bold) {
 
 void testText() {
   Surface surface;
-  ziv::GdiCanvas canvas(surface.context, nullptr);
   HFONT reference = makeFont("Liberation Sans", 16, false);
   HGDIOBJ previous = SelectObject(surface.context, reference);
   char face[LF_FACESIZE] = {};
@@ -142,6 +141,8 @@ void testText() {
     for (int size : {9, 10, 14, 16}) {
       HFONT arial = makeFont("Arial", size, bold);
       HFONT liberation = makeFont("Liberation Sans", size, bold);
+      // A canvas keeps measurements by font handle, so it must not outlive these fonts.
+      ziv::GdiCanvas canvas(surface.context, nullptr);
       for (const char* text : texts) {
         const int arialWidth = canvas.measureText(text, arial).width;
         check(
@@ -154,6 +155,7 @@ void testText() {
   }
 
   HFONT font = makeFont("Arial", 16, false);
+  ziv::GdiCanvas canvas(surface.context, nullptr);
   const std::string text = "Vrn ZIV";
   const int whole = canvas.measureText(text, font).width;
   int extents[16] = {};
@@ -161,6 +163,16 @@ void testText() {
         "the whole text fits its own width, the last extent is its width");
   check(canvas.fitCount(text, font, extents[2], extents, 16) == 3, "three characters fit their extent");
   check(canvas.fitCount(text, font, 0, nullptr, 0) == 0, "nothing fits no width");
+  for (int width = 0; width <= whole + 2; ++width) {
+    INT fit = -1;
+    SIZE size{};
+    HGDIOBJ previous = SelectObject(surface.context, font);
+    GetTextExtentExPointA(surface.context, text.data(), static_cast<int>(text.size()), width, &fit, nullptr,
+                          &size);
+    SelectObject(surface.context, previous);
+    check(canvas.fitCount(text, font, width, nullptr, 0) == fit,
+          "kept measurements fit as GDI does at width " + std::to_string(width));
+  }
   const std::string longText(3000, 'i');
   check(canvas.fitCount(longText, font, 100000, nullptr, 0) == ziv::GdiCanvas::kMaxMeasured,
         "long texts are measured on their first 1024 characters");
