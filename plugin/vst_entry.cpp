@@ -7,6 +7,9 @@
 
 #include "plugin/instance_lock.h"
 #include "plugin/vst_test.h"
+#if defined(_WIN32)
+#include "editor/win32/vst_test_editor.h"
+#endif
 
 VST_EXPORT vst2::AEffect* VSTPluginMain(vst2::AudioMasterCallback audioMaster) {
   if (audioMaster == nullptr) return nullptr;
@@ -16,7 +19,13 @@ VST_EXPORT vst2::AEffect* VSTPluginMain(vst2::AudioMasterCallback audioMaster) {
   std::unique_ptr<ziv::SynthEngine> engine(new (std::nothrow) ziv::SynthEngine);
   if (!engine) return nullptr;
   ziv::VstTest* instance = new (std::nothrow) ziv::VstTest(audioMaster, std::move(engine));
-  return instance != nullptr ? instance->getAeffect() : nullptr;
+  if (instance == nullptr) return nullptr;
+#if defined(_WIN32)
+  // Only the Windows plug-in draws an editor; elsewhere hosts show their generic controls.
+  instance->attachEditor(
+      std::unique_ptr<ziv::PluginEditor>(new (std::nothrow) ziv::VstTestEditor(*instance)));
+#endif
+  return instance->getAeffect();
 }
 
 VST_EXPORT void* GetPluginFactory() { return nullptr; }

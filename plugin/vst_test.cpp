@@ -65,6 +65,20 @@ VstTest::VstTest(vst2::AudioMasterCallback audioMaster, std::unique_ptr<SynthEng
   announceLatency_ = true;
 }
 
+VstTest::~VstTest() {
+  // The editor's window may still be open and reads the instance until it closes.
+  setEditor(nullptr);
+}
+
+void VstTest::attachEditor(std::unique_ptr<PluginEditor> editor) {
+  pluginEditor_ = editor.get();
+  setEditor(editor.release());
+}
+
+void VstTest::redrawEditor() {
+  if (pluginEditor_ != nullptr) pluginEditor_->requestRedraw();
+}
+
 void VstTest::writeProgramToEngine(const ProgramRecord& record) {
   SynthEngine& synth = engine();
   const int savedVersion = synth.loadVersion;
@@ -114,7 +128,10 @@ void VstTest::setProgram(vst2::VstInt32 program) {
   if (program > kProgramCount - 1) program = kProgramCount - 1;
   currentProgram_.store(program, std::memory_order_relaxed);
   writeProgramToEngine(programs_[program]);
-  if (!inSetProgram_) updateDisplay();
+  if (!inSetProgram_) {
+    redrawEditor();
+    updateDisplay();
+  }
 }
 
 void VstTest::setProgramName(char* name) {
@@ -124,7 +141,10 @@ void VstTest::setProgramName(char* name) {
 void VstTest::renameProgram(const char* name) {
   if (name == nullptr) return;
   programs_[currentProgram_.load(std::memory_order_relaxed)].setName(name);
-  if (!inSetProgram_) updateDisplay();
+  if (!inSetProgram_) {
+    redrawEditor();
+    updateDisplay();
+  }
 }
 
 void VstTest::getProgramName(char* name) {
@@ -148,6 +168,7 @@ bool VstTest::beginSetProgram() {
 bool VstTest::endSetProgram() {
   engine().loadVersion = SynthEngine::kCurrentVersion;
   inSetProgram_ = false;
+  redrawEditor();
   updateDisplay();
   return true;
 }

@@ -23,6 +23,7 @@
 
 #include "midi/midi_learn.h"
 #include "plugin/midi_event_queue.h"
+#include "plugin/plugin_editor.h"
 #include "plugin/vst_test_module.h"
 #include "programs/byte_order.h"
 #include "programs/program_bank.h"
@@ -38,6 +39,12 @@ class VstTest : public VstTestModule, private ProgramTarget {
   static constexpr vst2::VstInt32 kVersion = 0x0002000C;
 
   VstTest(vst2::AudioMasterCallback audioMaster, std::unique_ptr<SynthEngine> engine);
+  // Destroys the editor (closing its window) while the instance is still whole.
+  ~VstTest() override;
+
+  // Gives the instance its editor, which it owns from then on and reports to the host
+  // (effFlagsHasEditor). Called once, by the entry point, before the host sees the instance.
+  void attachEditor(std::unique_ptr<PluginEditor> editor);
 
   // Host operations.
   void suspend() override;
@@ -123,6 +130,9 @@ class VstTest : public VstTestModule, private ProgramTarget {
   // Brings the reported latency up to date and tells the host when it moved; never called on
   // the audio thread (see vst_test.cpp).
   void refreshLatency();
+  // Program and name changes show on the editor's next frame (unless a host's set-program
+  // bracket is open: its end redraws once).
+  void redrawEditor();
 
   ProgramList programs_;
   ProgramRecord initProgram_;
@@ -142,7 +152,8 @@ class VstTest : public VstTestModule, private ProgramTarget {
   // the host back.
   std::atomic<std::thread::id> audioThread_{};
   std::array<std::atomic<float>, 2> outputLevel_{};
-  bool announceLatency_ = false;  // false while constructing: the host is not listening yet
+  bool announceLatency_ = false;          // false while constructing: the host is not listening yet
+  PluginEditor* pluginEditor_ = nullptr;  // the SDK base owns it; null where there is no editor
 };
 
 }  // namespace ziv

@@ -1,6 +1,7 @@
 #include "test_host.h"
 
 #include <cstring>
+#include <string>
 
 namespace ziv::testing {
 namespace {
@@ -24,7 +25,14 @@ vst2::VstIntPtr hostCallback(vst2::AEffect* effect, vst2::VstInt32 opcode, vst2:
       ++r.automateCount;
       r.lastAutomatedIndex = index;
       r.lastAutomatedValue = opt;
+      r.editLog += "automate " + std::to_string(index) + " " + std::to_string(opt).substr(0, 4) + ";";
       return 0;
+    case vst2::audioMasterBeginEdit:
+      r.editLog += "begin " + std::to_string(index) + ";";
+      return 1;
+    case vst2::audioMasterEndEdit:
+      r.editLog += "end " + std::to_string(index) + ";";
+      return 1;
     case vst2::audioMasterUpdateDisplay:
       ++r.updateDisplayCount;
       return 1;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "plugin/vst_test.h"
@@ -17,6 +18,8 @@ struct HostRecord {
   float lastAutomatedValue = 0.0f;
   int updateDisplayCount = 0;
   int ioChangedCount = 0;
+  // beginEdit, automate and endEdit calls in order: "begin 5;automate 5 0.25;end 5;".
+  std::string editLog;
 };
 
 class TestHost {

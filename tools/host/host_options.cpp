@@ -128,6 +128,14 @@ const std::vector<OptionRow>& optionTable() {
        flag(&HostOptions::listParameters)},
       {"list-programs", 0, nullptr, "print every program's index and name (after --load), then exit",
        flag(&HostOptions::listPrograms)},
+      {"editor", 'e', "SCRIPT",
+       "open the .dll's editor in a window under wine and play the mouse script SCRIPT instead of rendering "
+       "(the steps are listed below)",
+       text(&HostOptions::editorScript)},
+      {"screenshot", 0, "FILE",
+       "open the .dll's editor (after --editor's script, if any), wait 4 timer ticks and save it as a PNG "
+       "file",
+       text(&HostOptions::screenshotPath)},
       {"win-host", 0, "PATH", "vrnhost.exe, or the folder holding it, for .dll plug-ins (default: the .dll's folder)",
        text(&HostOptions::windowsHost)},
       {"wine", 0, "PROGRAM", "wine launcher for .dll plug-ins (default wine; WINEPREFIX is honoured)",
@@ -205,6 +213,11 @@ bool parseHostOptions(const std::vector<std::string>& args, HostOptions& options
     error = "--load needs a .fxp or .fxb file, not '" + options.loadPath + "'";
     return false;
   }
+  if (wantsEditor(options) && (options.listParameters || options.listPrograms || !options.loadPath.empty() ||
+                               !options.saveProgramPath.empty() || !options.saveBankPath.empty())) {
+    error = "the editor mode (--editor, --screenshot) does not list, load or save";
+    return false;
+  }
   if (positional.size() != 1) {
     error = positional.empty() ? "no plug-in file given" : "more than one plug-in file given";
     return false;
@@ -228,7 +241,31 @@ std::string usageText() {
     left.resize(std::max<std::size_t>(left.size() + 2, 28), ' ');
     text += left + row.help + "\n";
   }
+  text +=
+      "\n"
+      "editor scripts (one step per line, '#' starts a comment; X Y are editor pixels, BUTTON is left or "
+      "right):\n"
+      "  open, close               open the editor in a window of its own (effEditOpen), close it\n"
+      "  rect                      print the editor rectangle (effEditGetRect)\n"
+      "  move X Y                  move the mouse (with the held buttons and Shift)\n"
+      "  press [BUTTON], release [BUTTON]\n"
+      "  click X Y [BUTTON], double X Y [BUTTON]\n"
+      "  drag X0 Y0 X1 Y1 [STEPS]  press left at X0 Y0, move to X1 Y1 in STEPS moves (default 8), release\n"
+      "  shift down|up             hold Shift in the following mouse messages, or not\n"
+      "  wheel DELTA               turn the mouse wheel (120 per notch)\n"
+      "  wait TICKS                let the editor run TICKS timer ticks of 50 ms\n"
+      "  screenshot FILE           save the editor's pixels as a PNG file\n"
+      "  params                    print every parameter's value, name and display\n"
+      "  set P=V, program N        host automation of parameter P (name or index), host program change\n"
+      "  instance N, destroy       switch to plug-in instance N (0..3), creating it; close the instance\n"
+      "The report prints each step, the host callbacks it caused (automate, beginEdit, endEdit,\n"
+      "updateDisplay) and the timer frames' mean wall-clock and CPU time. The editor needs an X display:\n"
+      "  xvfb-run -a vrnhost --screenshot editor.png build-win/VrnZIV.dll\n";
   return text;
+}
+
+bool wantsEditor(const HostOptions& options) {
+  return !options.editorScript.empty() || !options.screenshotPath.empty();
 }
 
 bool isWindowsPlugin(const std::string& path) {

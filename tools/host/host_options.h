@@ -30,7 +30,9 @@ struct HostOptions {
   bool transportStopped = false;
   bool listParameters = false;
   bool listPrograms = false;
-  std::string windowsHost;  // vrnhost.exe or its folder; empty: next to the .dll
+  std::string editorScript;    // editor script to play instead of rendering; empty: none
+  std::string screenshotPath;  // PNG of the editor to write at the end of the editor mode; empty: none
+  std::string windowsHost;     // vrnhost.exe or its folder; empty: next to the .dll
   std::string wine = "wine";
   bool quiet = false;
   bool help = false;
@@ -43,5 +45,8 @@ std::string usageText();
 
 // True for plug-in files that need the Windows host (by their .dll extension).
 bool isWindowsPlugin(const std::string& path);
+
+// True when the options ask for the editor mode instead of a render.
+bool wantsEditor(const HostOptions& options);
 
 }  // namespace vrnhost

@@ -4,15 +4,19 @@
 #include <limits.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <iostream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
 #include "tools/host/demo_phrase.h"
+#include "tools/host/editor_script.h"
 #include "tools/host/host_options.h"
 #include "tools/host/midi_file.h"
 #include "tools/host/progress_display.h"
@@ -108,6 +112,59 @@ bool buildJob(const HostOptions& options, RenderJob& job, std::string& error) {
   return true;
 }
 
+// A path as the Windows host sees it: absolute paths on drive Z:, which wine maps to the root.
+std::string windowsPathOf(const std::string& path) {
+  if (!path.empty() && path[0] == '/') return toWineDrivePath(path);
+  char cwd[PATH_MAX];
+  return toWineDrivePath(std::string(getcwd(cwd, sizeof(cwd)) ? cwd : ".") + "/" + path);
+}
+
+// The script the Windows host plays: the user's, checked here so that a mistake is reported
+// before wine starts (or just "open" without one); --screenshot adds a wait and the screenshot.
+bool editorScriptText(const HostOptions& options, std::string& script, std::string& error) {
+  if (options.editorScript.empty()) {
+    script = "open\n";
+  } else {
+    std::ifstream in(options.editorScript);
+    if (!in) {
+      error = "cannot read '" + options.editorScript + "'";
+      return false;
+    }
+    std::ostringstream text;
+    text << in.rdbuf();
+    script = text.str();
+    std::istringstream check(script);
+    std::vector<EditorStep> steps;
+    if (!parseEditorScript(check, steps, error)) {
+      error = "'" + options.editorScript + "' " + error;
+      return false;
+    }
+    if (!script.empty() && script.back() != '\n') script += '\n';
+  }
+  if (!options.screenshotPath.empty()) {
+    script += "wait 4\nscreenshot " + windowsPathOf(options.screenshotPath) + "\n";
+  }
+  return true;
+}
+
+int runEditorMode(const HostOptions& options, const std::string& pluginPath) {
+  std::string error;
+  if (!isWindowsPlugin(pluginPath)) return fail("the editor is part of the Windows plug-in only: give a .dll");
+  std::string script;
+  if (!editorScriptText(options, script, error)) return fail(error);
+  const char* display = std::getenv("DISPLAY");
+  if (display == nullptr || *display == '\0') {
+    return fail("the editor needs an X display (DISPLAY is unset): run under xvfb-run -a");
+  }
+  WineSettings wine;
+  wine.wine = options.wine;
+  wine.windowsHost = locateWindowsHost(options.windowsHost, pluginPath, error);
+  if (wine.windowsHost.empty() || !runEditorUnderWine(pluginPath, script, wine, std::cout, error)) {
+    return fail(error);
+  }
+  return 0;
+}
+
 void printParameters(const std::vector<ParameterInfo>& parameters) {
   for (const ParameterInfo& info : parameters) {
     std::printf("%3d  %-28s  %s\n", info.index, info.name.c_str(), info.display.c_str());
@@ -139,7 +196,9 @@ int main(int argc, char** argv) {
     return 0;
   }
   RenderJob job;
-  if (!resolvePlugin(options.pluginPath, job.pluginPath, error) || !buildJob(options, job, error)) {
+  if (!resolvePlugin(options.pluginPath, job.pluginPath, error)) return fail(error);
+  if (wantsEditor(options)) return runEditorMode(options, job.pluginPath);
+  if (!buildJob(options, job, error)) {
     return fail(error);
   }
 

@@ -178,6 +178,28 @@ void PluginDriver::processReplacing(int frames) {
   if (effect_->numOutputs == 1) std::copy_n(outputs_[0].begin(), frames, outputs_[1].begin());
 }
 
+std::vector<HostCallbackRecord> PluginDriver::takeCallbackRecords() {
+  std::vector<HostCallbackRecord> taken;
+  taken.swap(records_);
+  return taken;
+}
+
+bool PluginDriver::editorRect(vst2::ERect& rect) {
+  vst2::ERect* answer = nullptr;
+  dispatch(vst2::effEditGetRect, 0, 0, &answer);
+  if (answer == nullptr) return false;
+  rect = *answer;
+  return true;
+}
+
+bool PluginDriver::openEditor(void* parentWindow) {
+  return dispatch(vst2::effEditOpen, 0, 0, parentWindow) != 0;
+}
+
+void PluginDriver::closeEditor() { dispatch(vst2::effEditClose); }
+
+void PluginDriver::editorIdle() { dispatch(vst2::effEditIdle); }
+
 vst2::VstIntPtr PluginDriver::dispatch(vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr value,
                                        void* ptr, float opt) {
   return effect_->dispatcher(effect_, opcode, index, value, ptr, opt);
@@ -185,16 +207,20 @@ vst2::VstIntPtr PluginDriver::dispatch(vst2::VstInt32 opcode, vst2::VstInt32 ind
 
 vst2::VstIntPtr VST_CALLBACK PluginDriver::hostCallback(vst2::AEffect* effect, vst2::VstInt32 opcode,
                                                         vst2::VstInt32 index, vst2::VstIntPtr value,
-                                                        void* ptr, float /*opt*/) {
+                                                        void* ptr, float opt) {
   PluginDriver* driver = effect ? static_cast<PluginDriver*>(effect->user) : nullptr;
   if (!driver) driver = tDriverBeingCreated;
   if (opcode == vst2::audioMasterVersion) return kHostVstVersion;
   if (!driver) return 0;
-  return driver->answer(opcode, index, value, ptr);
+  return driver->answer(opcode, index, value, ptr, opt);
 }
 
-vst2::VstIntPtr PluginDriver::answer(vst2::VstInt32 opcode, vst2::VstInt32 /*index*/,
-                                     vst2::VstIntPtr /*value*/, void* ptr) {
+vst2::VstIntPtr PluginDriver::answer(vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr /*value*/,
+                                     void* ptr, float opt) {
+  if (recording_ && (opcode == vst2::audioMasterAutomate || opcode == vst2::audioMasterBeginEdit ||
+                     opcode == vst2::audioMasterEndEdit || opcode == vst2::audioMasterUpdateDisplay)) {
+    records_.push_back(HostCallbackRecord{opcode, index, opt});
+  }
   switch (opcode) {
     case vst2::audioMasterGetTime:
       ++counts_.getTime;

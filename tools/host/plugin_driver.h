@@ -24,6 +24,13 @@ struct HostCallbackCounts {
   int ioChanged = 0;
 };
 
+// One host callback of the kinds an editor causes, in the order the plug-in made them.
+struct HostCallbackRecord {
+  vst2::VstInt32 opcode = 0;  // audioMasterAutomate, BeginEdit, EndEdit or UpdateDisplay
+  vst2::VstInt32 index = 0;
+  float value = 0.0f;
+};
+
 class PluginDriver {
  public:
   static constexpr vst2::VstInt32 kHostVstVersion = 2400;
@@ -51,6 +58,7 @@ class PluginDriver {
   std::string parameterName(int index);
   std::string parameterDisplay(int index);
   void setParameter(int index, float value);
+  float parameterValue(int index) { return effect_->getParameter(effect_, index); }
   // Selects a program inside effBeginSetProgram / effEndSetProgram, as hosts do.
   void setProgram(int index);
   std::string effectName();
@@ -79,12 +87,26 @@ class PluginDriver {
   const float* output(int channel) const { return outputs_[channel].data(); }
 
   const HostCallbackCounts& callbackCounts() const { return counts_; }
+  // With recording on, the driver keeps every automate, beginEdit, endEdit and updateDisplay call
+  // until taken. Only for hosts that make every plug-in call from one thread (the editor mode):
+  // the list is not locked.
+  void recordCallbacks(bool on) { recording_ = on; }
+  std::vector<HostCallbackRecord> takeCallbackRecords();
+
+  // The editor (user-interface thread). hasEditor: effFlagsHasEditor. editorRect: effEditGetRect,
+  // false when the plug-in gives no rectangle. openEditor: effEditOpen in the native parent window.
+  bool hasEditor() const { return effect_ && (effect_->flags & vst2::effFlagsHasEditor) != 0; }
+  bool editorRect(vst2::ERect& rect);
+  bool openEditor(void* parentWindow);
+  void closeEditor();
+  void editorIdle();
 
  private:
   static vst2::VstIntPtr VST_CALLBACK hostCallback(vst2::AEffect* effect, vst2::VstInt32 opcode,
                                                    vst2::VstInt32 index, vst2::VstIntPtr value, void* ptr,
                                                    float opt);
-  vst2::VstIntPtr answer(vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr value, void* ptr);
+  vst2::VstIntPtr answer(vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr value, void* ptr,
+                         float opt);
   vst2::VstIntPtr dispatch(vst2::VstInt32 opcode, vst2::VstInt32 index = 0, vst2::VstIntPtr value = 0,
                            void* ptr = nullptr, float opt = 0.0f);
 
@@ -96,6 +118,8 @@ class PluginDriver {
   int maxBlockSize_ = 0;
   vst2::VstTimeInfo timeInfo_{};
   HostCallbackCounts counts_;
+  bool recording_ = false;
+  std::vector<HostCallbackRecord> records_;
   std::vector<std::vector<float>> inputs_;
   std::vector<std::vector<float>> outputs_;
   std::vector<float*> inputPointers_;

@@ -1,34 +1,54 @@
 // vrnhost.exe, the Windows host: renders one job file through a Windows plug-in and writes the
-// samples as raw interleaved 32-bit floats. It is started by the Linux vrnhost under wine, which
-// keeps the file formats; stdout carries result lines (and progress with --progress), stderr ends
-// with "error: ..." when the job fails.
+// samples as raw interleaved 32-bit floats, or (with --editor) plays an editor script against the
+// plug-in's editor. It is started by the Linux vrnhost under wine, which keeps the file formats;
+// stdout carries result lines (and progress with --progress) or the editor script's report,
+// stderr ends with "error: ..." when the job fails.
 #include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iostream>
 #include <string>
+#include <vector>
 
+#include "tools/host/editor_script.h"
+#include "tools/host/editor_session.h"
 #include "tools/host/render_job.h"
 #include "tools/host/render_session.h"
 
 namespace {
 
-constexpr char kUsage[] = "usage: vrnhost.exe --job FILE --raw FILE [--progress]\n";
+constexpr char kUsage[] =
+    "usage: vrnhost.exe --job FILE --raw FILE [--progress]\n"
+    "       vrnhost.exe --editor SCRIPT PLUGIN\n";
 
 int fail(const std::string& message) {
   std::fprintf(stderr, "error: %s\n", message.c_str());
   return 1;
 }
 
+int runEditor(const std::string& scriptPath, const std::string& pluginPath) {
+  std::ifstream scriptFile(scriptPath);
+  if (!scriptFile) return fail("cannot read script '" + scriptPath + "'");
+  std::vector<vrnhost::EditorStep> steps;
+  std::string error;
+  if (!vrnhost::parseEditorScript(scriptFile, steps, error)) return fail(error);
+  const bool ok = vrnhost::runEditorScript(pluginPath, steps, std::cout, error);
+  std::cout.flush();
+  return ok ? 0 : fail(error);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-  std::string jobPath, rawPath;
+  std::string jobPath, rawPath, scriptPath, pluginPath;
   bool reportProgress = false;
   for (int i = 1; i < argc; ++i) {
     std::string arg = argv[i];
-    if ((arg == "--job" || arg == "--raw") && i + 1 < argc) {
+    if (arg == "--editor" && i + 2 < argc) {
+      scriptPath = argv[++i];
+      pluginPath = argv[++i];
+    } else if ((arg == "--job" || arg == "--raw") && i + 1 < argc) {
       (arg == "--job" ? jobPath : rawPath) = argv[++i];
     } else if (arg == "--progress") {
       reportProgress = true;
@@ -39,6 +59,7 @@ int main(int argc, char** argv) {
       return fail("unknown argument '" + arg + "'");
     }
   }
+  if (!scriptPath.empty()) return runEditor(scriptPath, pluginPath);
   if (jobPath.empty() || rawPath.empty()) return fail("both --job and --raw are needed");
 
   vrnhost::RenderJob job;

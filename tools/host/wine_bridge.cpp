@@ -13,6 +13,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <functional>
+#include <ostream>
 #include <sstream>
 
 extern char** environ;
@@ -43,7 +45,9 @@ class TempFolder {
   }
   ~TempFolder() {
     if (path_.empty()) return;
-    for (const char* name : {"job.txt", "out.raw", "stderr.txt"}) std::remove((path_ + "/" + name).c_str());
+    for (const char* name : {"job.txt", "out.raw", "stderr.txt", "script.txt"}) {
+      std::remove((path_ + "/" + name).c_str());
+    }
     rmdir(path_.c_str());
   }
   const std::string& path() const { return path_; }
@@ -85,27 +89,13 @@ std::string locateWindowsHost(const std::string& option, const std::string& plug
   return candidate;
 }
 
-bool runJobUnderWine(const RenderJob& job, const WineSettings& settings, RenderResult& result, std::string& error,
-                     const ProgressFn& progress) {
-  TempFolder temp;
-  if (temp.path().empty()) {
-    error = "cannot create a temporary folder";
-    return false;
-  }
-  const std::string jobPath = temp.path() + "/job.txt";
-  const std::string rawPath = temp.path() + "/out.raw";
-  const std::string errPath = temp.path() + "/stderr.txt";
-  {
-    RenderJob windowsJob = job;
-    windowsJob.pluginPath = toWineDrivePath(job.pluginPath);
-    std::ofstream out(jobPath);
-    writeJob(windowsJob, out);
-    if (!out) {
-      error = "cannot write '" + jobPath + "'";
-      return false;
-    }
-  }
+namespace {
 
+// Runs `wine windowsHost args...`, handing each stdout line (without its end) to onLine. Its
+// stderr goes to errPath; a failure's last line there becomes the error.
+bool runWindowsHost(const WineSettings& settings, const std::vector<std::string>& hostArgs,
+                    const std::string& errPath, const std::function<void(const std::string&)>& onLine,
+                    std::string& error) {
   // Quiet wine unless the user asked for its debug channels, and keep a fresh prefix from trying
   // to install .NET and HTML engines, which the host never needs.
   setenv("WINEDEBUG", "-all", 0);
@@ -121,11 +111,12 @@ bool runJobUnderWine(const RenderJob& job, const WineSettings& settings, RenderR
   posix_spawn_file_actions_addclose(&actions, pipeEnds[0]);
   posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], STDOUT_FILENO);
   posix_spawn_file_actions_addclose(&actions, pipeEnds[1]);
-  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+  posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC,
+                                   0600);
   posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
 
-  std::vector<std::string> args = {settings.wine,        settings.windowsHost,   "--job", toWineDrivePath(jobPath),
-                                   "--raw", toWineDrivePath(rawPath), "--progress"};
+  std::vector<std::string> args = {settings.wine, settings.windowsHost};
+  args.insert(args.end(), hostArgs.begin(), hostArgs.end());
   std::vector<char*> argv;
   for (std::string& arg : args) argv.push_back(arg.data());
   argv.push_back(nullptr);
@@ -139,7 +130,6 @@ bool runJobUnderWine(const RenderJob& job, const WineSettings& settings, RenderR
     return false;
   }
 
-  result = RenderResult{};
   FILE* lines = fdopen(pipeEnds[0], "r");
   // Lines may be long (a saved bank is one line of about 94 000 hexadecimal digits).
   char* buffer = nullptr;
@@ -147,12 +137,7 @@ bool runJobUnderWine(const RenderJob& job, const WineSettings& settings, RenderR
   while (getline(&buffer, &capacity, lines) >= 0) {
     std::string line(buffer);
     while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();
-    long long done = 0, total = 0;
-    if (std::sscanf(line.c_str(), "progress %lld %lld", &done, &total) == 2) {
-      if (progress) progress(done, total);
-    } else {
-      readResultLine(line, result);
-    }
+    onLine(line);
   }
   std::free(buffer);
   std::fclose(lines);
@@ -161,13 +146,53 @@ bool runJobUnderWine(const RenderJob& job, const WineSettings& settings, RenderR
   if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
     std::string reason = lastNonEmptyLine(errPath);
     if (reason.empty()) {
-      reason = WIFEXITED(status) ? "exit status " + std::to_string(WEXITSTATUS(status)) : "killed by a signal";
+      reason =
+          WIFEXITED(status) ? "exit status " + std::to_string(WEXITSTATUS(status)) : "killed by a signal";
     }
     // The Windows host words its own failures like ours ("error: ..."); anything else came from
     // wine or a crash and is labelled as such.
     const std::string kPrefix = "error: ";
     error = reason.compare(0, kPrefix.size(), kPrefix) == 0 ? reason.substr(kPrefix.size())
-                                                           : "Windows host failed: " + reason;
+                                                            : "Windows host failed: " + reason;
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+bool runJobUnderWine(const RenderJob& job, const WineSettings& settings, RenderResult& result,
+                     std::string& error, const ProgressFn& progress) {
+  TempFolder temp;
+  if (temp.path().empty()) {
+    error = "cannot create a temporary folder";
+    return false;
+  }
+  const std::string jobPath = temp.path() + "/job.txt";
+  const std::string rawPath = temp.path() + "/out.raw";
+  {
+    RenderJob windowsJob = job;
+    windowsJob.pluginPath = toWineDrivePath(job.pluginPath);
+    std::ofstream out(jobPath);
+    writeJob(windowsJob, out);
+    if (!out) {
+      error = "cannot write '" + jobPath + "'";
+      return false;
+    }
+  }
+
+  result = RenderResult{};
+  auto onLine = [&](const std::string& line) {
+    long long done = 0, total = 0;
+    if (std::sscanf(line.c_str(), "progress %lld %lld", &done, &total) == 2) {
+      if (progress) progress(done, total);
+    } else {
+      readResultLine(line, result);
+    }
+  };
+  if (!runWindowsHost(settings,
+                      {"--job", toWineDrivePath(jobPath), "--raw", toWineDrivePath(rawPath), "--progress"},
+                      temp.path() + "/stderr.txt", onLine, error)) {
     return false;
   }
 
@@ -183,6 +208,27 @@ bool runJobUnderWine(const RenderJob& job, const WineSettings& settings, RenderR
     }
   }
   return true;
+}
+
+bool runEditorUnderWine(const std::string& pluginPath, const std::string& script,
+                        const WineSettings& settings, std::ostream& out, std::string& error) {
+  TempFolder temp;
+  if (temp.path().empty()) {
+    error = "cannot create a temporary folder";
+    return false;
+  }
+  const std::string scriptPath = temp.path() + "/script.txt";
+  {
+    std::ofstream scriptFile(scriptPath);
+    scriptFile << script;
+    if (!scriptFile) {
+      error = "cannot write '" + scriptPath + "'";
+      return false;
+    }
+  }
+  auto onLine = [&out](const std::string& line) { out << line << std::endl; };
+  return runWindowsHost(settings, {"--editor", toWineDrivePath(scriptPath), toWineDrivePath(pluginPath)},
+                        temp.path() + "/stderr.txt", onLine, error);
 }
 
 }  // namespace vrnhost

@@ -1,9 +1,11 @@
 // Runs a render job through the Windows host (vrnhost.exe) under wine, for .dll plug-ins: the job
 // goes to a temporary text file, the Windows host renders it and writes raw float samples plus
 // result lines, and this side reads them back into the same RenderResult an in-process render
-// gives. The file formats (WAV, MIDI) thus stay on the Linux side.
+// gives. The file formats (WAV, MIDI) thus stay on the Linux side. Editor scripts go the same way
+// and their report comes back line by line.
 #pragma once
 
+#include <iosfwd>
 #include <string>
 
 #include "tools/host/render_job.h"
@@ -26,5 +28,10 @@ std::string toWineDrivePath(const std::string& absolutePath);
 // job.pluginPath is the Linux path of the .dll.
 bool runJobUnderWine(const RenderJob& job, const WineSettings& settings, RenderResult& result, std::string& error,
                      const ProgressFn& progress = {});
+
+// Plays an editor script (tools/host/editor_script.h) through the Windows host, which shows the
+// editor on the X display named by DISPLAY; each line of its report goes to `out` as it comes.
+bool runEditorUnderWine(const std::string& pluginPath, const std::string& script,
+                        const WineSettings& settings, std::ostream& out, std::string& error);
 
 }  // namespace vrnhost

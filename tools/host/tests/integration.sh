@@ -122,6 +122,12 @@ case "$1" in
     expect_refusal "unknown program name" --program-name "LEAD - Nothing" "$PLUGIN_SO"
     expect_refusal "program by index and name" --program 1 --program-name "Init Patch" "$PLUGIN_SO"
     expect_refusal "save into a missing folder" --save-fxb "$OUT_DIR/no/such/folder/x.fxb" "$PLUGIN_SO"
+    expect_refusal "editor of the Linux plug-in" --screenshot "$OUT_DIR/x.png" "$PLUGIN_SO"
+    expect_refusal "editor mode with a listing" --screenshot "$OUT_DIR/x.png" --list-params "$PLUGIN_SO"
+    echo "not a plug-in" >"$OUT_DIR/not-a-plugin.dll"
+    printf 'open\nhover 1 2\n' >"$OUT_DIR/bad.script"
+    expect_refusal "malformed editor script" --editor "$OUT_DIR/bad.script" "$OUT_DIR/not-a-plugin.dll"
+    expect_refusal "missing editor script" --editor "$OUT_DIR/missing.script" "$OUT_DIR/not-a-plugin.dll"
     ;;
   dll-imports)
     need_windows_build

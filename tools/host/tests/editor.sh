@@ -1,0 +1,133 @@
+#!/usr/bin/env bash
+# Checks of the Windows plug-in's editor through vrnhost's editor mode, under wine on a private
+# X display (xvfb-run); run by CTest with one case name. Paths come from the environment set by
+# tools/host/tests/CMakeLists.txt: VRNHOST, OUT_DIR, WINEPREFIX and WIN_BUILD_DIR. Without wine or
+# xvfb-run a case says so and exits 77, which CTest reports as skipped.
+set -euo pipefail
+
+fail() { echo "FAIL: $*" >&2; exit 1; }
+
+for tool in wine xvfb-run; do
+  command -v "$tool" >/dev/null || { echo "SKIP: $tool is not installed"; exit 77; }
+done
+for built in VrnZIV.dll vrnhost.exe editor_win_tests.exe; do
+  [[ -f "$WIN_BUILD_DIR/$built" ]] || fail "no $built in $WIN_BUILD_DIR; build the Windows plug-in first"
+done
+mkdir -p "$OUT_DIR"
+# Each case ends the prefix's wine server, so the next one starts its desktop on its own display.
+trap 'wineserver -k >/dev/null 2>&1 || true' EXIT
+
+# Plays a script (given on stdin) and keeps the report in $OUT_DIR/NAME.txt.
+play() {  # name [vrnhost options...]
+  local name=$1
+  shift
+  cat >"$OUT_DIR/$name.script"
+  xvfb-run -a "$VRNHOST" --win-host "$WIN_BUILD_DIR" --editor "$OUT_DIR/$name.script" "$@" \
+    "$WIN_BUILD_DIR/VrnZIV.dll" >"$OUT_DIR/$name.txt" || fail "$name: vrnhost failed: $(cat "$OUT_DIR/$name.txt")"
+}
+
+expect_lines() {  # name pattern count
+  local got
+  got=$(grep -c -x -- "$2" "$OUT_DIR/$1.txt" || true)
+  [[ "$got" -eq "$3" ]] || fail "$1: expected $3 lines '$2', got $got:"$'\n'"$(cat "$OUT_DIR/$1.txt")"
+}
+
+# Width and height from a PNG file's header.
+png_size() {
+  od -An -tu1 -j16 -N8 "$1" | awk '{ print $1 * 16777216 + $2 * 65536 + $3 * 256 + $4, $5 * 16777216 + $6 * 65536 + $7 * 256 + $8 }'
+}
+
+case "$1" in
+  prefix)
+    bash "$(dirname "$0")/../../wine-prefix.sh"
+    ;;
+  lifecycle)
+    # getRect before and after opening, open/close/reopen, two editors at once, an instance
+    # destroyed while its editor is open, and a second instance closed normally afterwards.
+    play lifecycle <<'SCRIPT'
+rect
+open
+rect
+wait 2
+close
+rect
+open
+close
+open
+close
+open
+wait 1
+instance 1
+open
+wait 2
+instance 0
+destroy
+instance 1
+wait 2
+close
+open
+wait 1
+destroy
+instance 2
+open
+SCRIPT
+    expect_lines lifecycle 'rect 0 0 472 1040' 3
+    expect_lines lifecycle 'open 1040 472' 7
+    expect_lines lifecycle 'destroy [01]' 2
+    grep -Eq '^frames [1-9][0-9]* ' "$OUT_DIR/lifecycle.txt" || fail "lifecycle: the editors' timers never ran"
+    ;;
+  gestures)
+    # The window procedure takes the mouse capture on a press and gives it back on the release;
+    # a double-click takes none; the wheel and a host program change reach the editor harmlessly.
+    play gestures <<'SCRIPT'
+open
+move 500 200
+press
+move 500 100
+release
+press right
+release right
+shift down
+drag 200 300 200 166 6
+shift up
+double 300 300
+click 10 10 right
+params
+wheel -120
+wheel 240
+wait 2
+params
+program 3
+wait 2
+SCRIPT
+    expect_lines gestures 'mouse press 500 200 capture 1' 1
+    expect_lines gestures 'mouse move 500 100 capture 1' 1
+    expect_lines gestures 'mouse press 500 100 capture 1' 1
+    expect_lines gestures 'mouse release 500 100 capture 0' 2
+    expect_lines gestures 'mouse drag 200 166 capture 0' 1
+    expect_lines gestures 'mouse double 300 300 capture 0' 1
+    expect_lines gestures 'callback updateDisplay' 1
+    # The wheel changes nothing: the two parameter listings around it agree.
+    [[ $(grep -c '^param ' "$OUT_DIR/gestures.txt") -eq 216 ]] || fail "gestures: expected two listings of 108"
+    diff <(grep '^param ' "$OUT_DIR/gestures.txt" | head -108) <(grep '^param ' "$OUT_DIR/gestures.txt" | tail -108) \
+      || fail "gestures: the wheel changed parameters"
+    ;;
+  window)
+    # The GDI canvas, the window class's lifetime and the text field, checked from inside wine.
+    xvfb-run -a wine "$WIN_BUILD_DIR/editor_win_tests.exe" | tee "$OUT_DIR/window.txt"
+    grep -q '^0 of [1-9][0-9]* editor window checks failed' "$OUT_DIR/window.txt" || fail "window layer checks failed"
+    ;;
+  screenshot)
+    shot="$OUT_DIR/editor.png"
+    rm -f "$shot"
+    xvfb-run -a "$VRNHOST" --win-host "$WIN_BUILD_DIR" --screenshot "$shot" "$WIN_BUILD_DIR/VrnZIV.dll" \
+      >"$OUT_DIR/screenshot.txt" || fail "screenshot: vrnhost failed"
+    [[ -f "$shot" ]] || fail "screenshot: no $shot"
+    [[ $(png_size "$shot") == "1040 472" ]] || fail "screenshot: $shot is $(png_size "$shot"), not 1040 472"
+    cat "$OUT_DIR/screenshot.txt"
+    ;;
+  *)
+    fail "unknown case '$1'"
+    ;;
+esac
+echo "ok  $1"
