@@ -24,7 +24,12 @@ vst2::VstIntPtr hostCallback(vst2::AEffect* effect, vst2::VstInt32 opcode, vst2:
       ++r.automateCount;
       r.lastAutomatedIndex = index;
       r.lastAutomatedValue = opt;
+      r.parameterCalls.push_back({opcode, index, opt});
       return 0;
+    case vst2::audioMasterBeginEdit:
+    case vst2::audioMasterEndEdit:
+      r.parameterCalls.push_back({opcode, index, 0.0f});
+      return 1;
     case vst2::audioMasterUpdateDisplay:
       ++r.updateDisplayCount;
       return 1;

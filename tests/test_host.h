@@ -9,6 +9,13 @@
 
 namespace ziv::testing {
 
+// One parameter callback of the plug-in, in the order they came.
+struct HostCall {
+  int opcode;
+  int index;
+  float value;
+};
+
 struct HostRecord {
   vst2::VstTimeInfo time{};
   bool answerTime = true;
@@ -17,6 +24,8 @@ struct HostRecord {
   float lastAutomatedValue = 0.0f;
   int updateDisplayCount = 0;
   int ioChangedCount = 0;
+  // Every audioMasterBeginEdit, audioMasterAutomate and audioMasterEndEdit.
+  std::vector<HostCall> parameterCalls;
 };
 
 class TestHost {
