@@ -53,7 +53,8 @@ void knob(WidgetContext& context, WidgetId id, const Placement& placement, const
       context.requestPopup(kPopupMidiLearn, parameter, input.x, input.y, kLearnMenuWidth);
     }
   }
-  if (state.active && input.dy != 0) {
+  // Motion before the press is not part of the drag.
+  if (state.active && !input.left.pressed && input.dy != 0) {
     // The store gets the unclamped result; the next pass starts again from the clamped value.
     const float step = input.shift ? kFineDragPerPixel : kKnobDragPerPixel;
     const float dragged = state.workingValue - static_cast<float>(input.dy) * step;

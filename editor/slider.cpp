@@ -54,16 +54,19 @@ void verticalSlider(WidgetContext& context, WidgetId id, const Placement& placem
   } else if (hovered && input.right.pressed) {
     context.requestPopup(kPopupMidiLearn, parameter, input.x, input.y, kLearnMenuWidth);
   }
-  if (state.active && input.dy != 0 && travel > 0.0f) {
-    const float dragged =
-        input.shift ? state.workingValue - static_cast<float>(input.dy) * kFineDragPerPixel
-                    : 1.0f - static_cast<float>(input.y - state.pressY - placed.y - kSliderTrackTop) / travel;
-    state.workingValue = std::clamp(dragged, 0.0f, 1.0f);
+  if (state.active && !input.left.pressed && input.dy != 0 && travel > 0.0f) {
+    if (input.shift) {
+      state.workingValue =
+          std::clamp(state.workingValue - static_cast<float>(input.dy) * kFineDragPerPixel, 0.0f, 1.0f);
+    } else {
+      const int thumbOffset = input.y - state.pressY - placed.y - kSliderTrackTop;
+      state.workingValue = std::clamp(1.0f - static_cast<float>(thumbOffset) / travel, 0.0f, 1.0f);
+    }
     params.set(parameter, state.workingValue);
     value = params.value(parameter);
     // A fine drag moves the thumb away from the pointer; the grab follows, so letting go of
     // Shift does not make the thumb jump.
-    state.pressY = input.y - thumbTop(placed, trackHeight, value);
+    if (input.shift) state.pressY = input.y - thumbTop(placed, trackHeight, value);
   }
 
   const int top = thumbTop(placed, trackHeight, value);

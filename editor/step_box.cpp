@@ -12,7 +12,7 @@
 namespace ziv {
 namespace {
 
-constexpr float kDragStepsPerRangeMax = 0.01f;  // steps per pixel, per unit of the range's maximum
+constexpr int kPixelsPerStepAtMost = 100;  // a drag's steps per pixel: the range's maximum / 100, at most 1
 constexpr int kArrowHeight = kStepBoxFieldHeight / 2;
 constexpr int kArrowGlyphUp = 0;  // imgMisc members
 constexpr int kArrowGlyphDown = 1;
@@ -61,14 +61,16 @@ bool valueField(WidgetContext& context, WidgetId id, const Rect& area, int param
     state.pressY = input.y;
     params.beginEdit(parameter);
   }
-  const float stepsPerPixel =
-      std::min(1.0f, kDragStepsPerRangeMax * static_cast<float>(params.rangeMax(parameter)));
-  if (state.active && input.dy != 0 && stepsPerPixel > 0.0f) {
-    const int requested =
-        static_cast<int>(state.startValue - static_cast<float>(input.y - state.pressY) * stepsPerPixel);
+  // s = min(1, max / 100) steps per pixel, kept as the fraction steps / 100 so that whole steps come
+  // out exact ("OSC 1: Octave": 5 / 100, 20 pixels a step).
+  const int steps = std::min(kPixelsPerStepAtMost, params.rangeMax(parameter));
+  if (state.active && input.dy != 0 && steps > 0) {
+    const int requested = static_cast<int>(state.startValue + static_cast<double>(state.pressY - input.y) *
+                                                                  steps / kPixelsPerStepAtMost);
     params.setInteger(parameter, requested);
     const int result = params.integerValue(parameter);
-    state.pressY -= static_cast<int>(std::lround(static_cast<float>(requested - result) / stepsPerPixel));
+    state.pressY -=
+        static_cast<int>(std::lround(static_cast<double>(requested - result) * kPixelsPerStepAtMost / steps));
   }
   return state.active;
 }

@@ -15,7 +15,8 @@ void RecordingCanvas::drawText(const std::string& text, int x, int y, FontHandle
 }
 
 Rect RecordingCanvas::measureText(const std::string& text, FontHandle font) {
-  return Rect{0, 0, kCharWidth * static_cast<int>(text.size()), static_cast<const FontSpec*>(font)->pixelHeight};
+  return Rect{0, 0, kCharWidth * static_cast<int>(text.size()),
+              static_cast<const FontSpec*>(font)->pixelHeight};
 }
 
 int RecordingCanvas::fitCount(const std::string& text, FontHandle, int maxWidth, int* extents, int capacity) {
@@ -57,6 +58,19 @@ const RecordingCanvas::ImageCall* RecordingCanvas::imageAt(const Rect& d) const 
 
 bool RecordingCanvas::drewText(const std::string& text) const {
   return std::any_of(texts.begin(), texts.end(), [&](const TextCall& call) { return call.text == text; });
+}
+
+bool RecordingCanvas::drewTextStartingWith(const std::string& head) const {
+  return std::any_of(texts.begin(), texts.end(),
+                     [&](const TextCall& call) { return call.text.compare(0, head.size(), head) == 0; });
+}
+
+std::string RecordingCanvas::textAt(int x, int y) const {
+  for (const TextCall& call : texts) {
+    if (call.y == y && call.x <= x && x < call.x + kCharWidth * static_cast<int>(call.text.size()))
+      return call.text;
+  }
+  return "";
 }
 
 EditorHarness::EditorHarness() : ui(host.plugin()) {

@@ -43,11 +43,14 @@ class RecordingCanvas : public Canvas {
   // The first image drawn exactly onto `destination`, or null.
   const ImageCall* imageAt(const Rect& destination) const;
   bool drewText(const std::string& text) const;
+  bool drewTextStartingWith(const std::string& head) const;
+  // The text drawn at height y across x, or "".
+  std::string textAt(int x, int y) const;
 
   std::vector<ImageCall> images;
   std::vector<TextCall> texts;
   std::vector<Rect> invalidated;
-  int pictures = 0;  // CPU pictures finished since the last clear
+  int pictures = 0;                                          // CPU pictures finished since the last clear
   std::map<const Image*, std::vector<std::uint8_t>> pixels;  // each picture's last pixels
 
  private:
