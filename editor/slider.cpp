@@ -45,11 +45,15 @@ void verticalSlider(WidgetContext& context, WidgetId id, const Placement& placem
     params.endEdit(parameter);
     state.active = false;
   }
+  // The thumb takes a left press; anywhere on the track takes the right one.
   const bool hovered = params.valid(parameter) && context.hovered(track);
-  if (hovered && input.left.pressed) {
+  const int pressThumbTop = thumbTop(placed, trackHeight, value);
+  const bool onThumb =
+      hovered && context.hovered(Rect{placed.x, pressThumbTop, kSliderWidth, kSliderThumbHeight});
+  if (onThumb && input.left.pressed) {
     state.active = true;
     params.beginEdit(parameter);
-    state.pressY = input.y - thumbTop(placed, trackHeight, value);  // the grab offset
+    state.pressY = input.y - pressThumbTop;  // the grab offset
     state.startValue = state.workingValue = value;
   } else if (hovered && input.right.pressed) {
     context.requestPopup(kPopupMidiLearn, parameter, input.x, input.y, kLearnMenuWidth);
@@ -70,7 +74,7 @@ void verticalSlider(WidgetContext& context, WidgetId id, const Placement& placem
   }
 
   const int top = thumbTop(placed, trackHeight, value);
-  const int thumbState = state.active ? look::kStateOn : hovered ? look::kStateHover : look::kStateNormal;
+  const int thumbState = state.active ? look::kStateOn : onThumb ? look::kStateHover : look::kStateNormal;
   const Image& thumb = imageTable::image(imgBox16, thumbState);
   queueTrack(context.drawList(), track, state.active);
   queuePicture(context.drawList(), look::kLayerControlTop,

@@ -193,6 +193,10 @@ TEST(EditorSlider, ThumbFollowsThePointerAndShiftDragsFinely) {
   EditorHarness editor;
   editor.setValue(kAmpEnvAttack, 0.0f);
   editor.calls().clear();
+  editor.press(256, 80);  // the track above the thumb does not take the left button
+  editor.moveTo(256, 60);
+  editor.release();
+  EXPECT_TRUE(editor.calls().empty());
   editor.press(256, 160);  // 8 pixels into the thumb at 152
   editor.moveTo(256, 74);
   EXPECT_FLOAT_EQ(editor.value(kAmpEnvAttack), 1.0f);
