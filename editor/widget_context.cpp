@@ -14,14 +14,12 @@ ButtonInput sampleButton(const ButtonInput& previous, const MouseState::Button& 
   ButtonInput next;
   next.held = button.down || button.pressLatch;
   next.pressed = button.pressLatch;
-  next.released = previous.held && !button.down;
   next.doubleClick = button.doubleClick;
   if (next.pressed) {
-    next.pressMs = next.lastFireMs = nowMs;
+    next.lastFireMs = nowMs;
     return next;
   }
   if (!next.held) return next;
-  next.pressMs = previous.pressMs;
   next.lastFireMs = previous.lastFireMs;
   next.repeatCount = previous.repeatCount;
   // The first repeat waits the full delay; the k-th further one a shorter interval.

@@ -60,13 +60,11 @@ struct MouseState {
 
 // One button in one pass.
 struct ButtonInput {
-  bool held = false;         // down now, or pressed since the last pass
-  bool pressed = false;      // the press edge
-  bool released = false;     // the release edge
-  bool repeated = false;     // an auto-repeat fired in this pass while held
-  int repeatCount = 0;       // auto-repeats since the press; 0 again on release
-  bool doubleClick = false;  // the button's double-click message arrived since the last pass
-  std::uint32_t pressMs = 0;
+  bool held = false;             // down now, or pressed since the last pass
+  bool pressed = false;          // the press edge
+  bool repeated = false;         // an auto-repeat fired in this pass while held
+  int repeatCount = 0;           // auto-repeats since the press; 0 again on release
+  bool doubleClick = false;      // the button's double-click message arrived since the last pass
   std::uint32_t lastFireMs = 0;  // the press or the latest auto-repeat
 
   bool pressedOrRepeated() const { return pressed || repeated; }
