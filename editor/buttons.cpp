@@ -18,14 +18,6 @@ int buttonState(bool on, bool hovered) {
   return on ? look::kStateOn : hovered ? look::kStateHover : look::kStateNormal;
 }
 
-// One click as one gesture: the value changes between beginEdit and endEdit.
-template <typename Change>
-void clickEdit(ParameterView& params, int parameter, Change change) {
-  params.beginEdit(parameter);
-  change();
-  params.endEdit(parameter);
-}
-
 }  // namespace
 
 void toggleButton(WidgetContext& context, WidgetId id, const Placement& placement, const char* caption,
@@ -37,7 +29,7 @@ void toggleButton(WidgetContext& context, WidgetId id, const Placement& placemen
   const bool hovered = params.valid(parameter) && context.hovered(button);
   int n = params.integerValue(parameter);
   if (hovered && context.input().left.pressed) {
-    clickEdit(params, parameter, [&] { params.setInteger(parameter, 1 - n); });
+    params.gesture(parameter, [&] { params.setInteger(parameter, 1 - n); });
     n = params.integerValue(parameter);
   }
   const int state = buttonState(n == 1, hovered);
@@ -59,7 +51,7 @@ void modeSelector(WidgetContext& context, WidgetId id, const Placement& placemen
         kModeButtonWidth, kModeButtonHeight);
     const bool hovered = context.hovered(button);
     if (hovered && context.input().left.pressed && i != current) {
-      clickEdit(params, parameter, [&] { params.setChoice(parameter, i); });
+      params.gesture(parameter, [&] { params.setChoice(parameter, i); });
     }
     const int state = buttonState(params.currentChoice(parameter) == i, hovered);
     queuePicture(context.drawList(), look::kLayerControl, button.x, button.y,

@@ -33,22 +33,15 @@ void knob(WidgetContext& context, WidgetId id, const Placement& placement, const
   const InputFrame& input = context.input();
 
   float value = params.value(parameter);
-  if (state.active && !input.left.held) {
-    params.endEdit(parameter);
-    state.active = false;
-  }
+  context.endDragOnRelease(state, parameter);
   if (params.valid(parameter) && context.hovered(sprite)) {
     if (input.left.doubleClick) {
-      params.beginEdit(parameter);
-      params.set(parameter, params.defaultValue(parameter));
-      params.endEdit(parameter);
+      params.gesture(parameter, [&] { params.set(parameter, params.defaultValue(parameter)); });
       value = params.value(parameter);
     } else if (input.left.pressed) {
-      state.active = true;
-      state.startValue = value;
+      context.beginDrag(state, parameter);
+      state.startValue = state.workingValue = value;
       state.pressY = input.y;
-      params.beginEdit(parameter);
-      state.workingValue = value;
     } else if (input.right.pressed) {
       context.requestPopup(kPopupMidiLearn, parameter, input.x, input.y, kLearnMenuWidth);
     }

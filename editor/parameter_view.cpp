@@ -38,9 +38,13 @@ float ParameterView::defaultValue(int index) const {
   return span > 0.0f ? (paramTable()[index].defaultValue - static_cast<float>(lo)) / span : 0.0f;
 }
 
-int ParameterView::integerValue(int index) const {
+float ParameterView::physical(int index) const {
   const int lo = rangeMin(index), hi = rangeMax(index);
-  return static_cast<int>(std::round(value(index) * static_cast<float>(hi - lo) + static_cast<float>(lo)));
+  return static_cast<float>(lo) + static_cast<float>(hi - lo) * value(index);
+}
+
+int ParameterView::integerValue(int index) const {
+  return static_cast<int>(std::round(physical(index)));
 }
 
 void ParameterView::text(int index, char* out, std::size_t capacity) const {

@@ -24,6 +24,8 @@ class ParameterView {
   int rangeMax(int index) const;
   // The default in normalised units, (default - min) / (max - min) over the current range.
   float defaultValue(int index) const;
+  // min + (max - min) x v.
+  float physical(int index) const;
   // round(v x (max - min) + min), halves away from zero.
   int integerValue(int index) const;
   void text(int index, char* out, std::size_t capacity) const;
@@ -41,6 +43,14 @@ class ParameterView {
   void setChoice(int index, int choice);
   void beginEdit(int index);
   void endEdit(int index);
+  // A one-off change (a click, a reset) as a whole gesture: `change` runs between beginEdit and
+  // endEdit.
+  template <typename Change>
+  void gesture(int index, Change change) {
+    beginEdit(index);
+    change();
+    endEdit(index);
+  }
 
  private:
   VstTest& instance_;

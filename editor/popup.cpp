@@ -42,9 +42,7 @@ void serveChoiceList(WidgetContext& context) {
     context.popupServed();
   } else if (input.left.pressed || input.right.pressed) {
     if (hovered >= 0 && input.left.pressed) {
-      params.beginEdit(parameter);
-      params.setChoice(parameter, hovered);
-      params.endEdit(parameter);
+      params.gesture(parameter, [&] { params.setChoice(parameter, hovered); });
       context.closePopup();
     } else if (!WidgetContext::contains(list, input.x, input.y)) {
       context.closePopup();

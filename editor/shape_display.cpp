@@ -42,13 +42,8 @@ float noiseLevel(int k) {
   return static_cast<float>(h & 0xFFFF) / 32767.5f - 1.0f;
 }
 
-float physical(const ParameterView& params, int index) {
-  const int lo = params.rangeMin(index), hi = params.rangeMax(index);
-  return static_cast<float>(lo) + static_cast<float>(hi - lo) * params.value(index);
-}
-
 float oscillatorCurve(const ParameterView& params, const ShapeParameters& p, float t) {
-  const float shape = physical(params, p.second);
+  const float shape = params.physical(p.second);
   if (params.integerValue(p.first) == kWaveformNoise) {
     // Narrower noise bands move more slowly: blend towards the neighbour as the shape rises.
     const float x = t * kNoisePoints;
@@ -57,7 +52,7 @@ float oscillatorCurve(const ParameterView& params, const ShapeParameters& p, flo
     return (1.0f - smooth) * noiseLevel(k) + smooth * noiseLevel(k + 1);
   }
   // The audible saw restarts with each cycle of its sync master.
-  const float ratio = std::exp2(physical(params, p.third) / kSemitonesPerOctave);
+  const float ratio = std::exp2(params.physical(p.third) / kSemitonesPerOctave);
   const float phase = fraction(fraction(t * kOscillatorCycles) * ratio);
   if (params.integerValue(p.first) == kWaveformPulse) {
     return phase < 0.5f + kSawPhaseSpread * shape ? 1.0f : -1.0f;
@@ -70,17 +65,17 @@ float lfoCurve(const ParameterView& params, const ShapeParameters& p, float t) {
   const float cycles = t * kLfoCycles;
   state.phase = fraction(cycles);
   state.cycle = static_cast<std::uint32_t>(cycles);
-  shapeLfo(state, params.integerValue(p.first), 0.5f * physical(params, p.second));
+  shapeLfo(state, params.integerValue(p.first), 0.5f * params.physical(p.second));
   return state.output;
 }
 
 std::uint32_t valuesLook(const ParameterView& params, const ShapeParameters& p) {
-  std::uint32_t look = 2166136261u;
+  std::uint32_t look = kFirstLook;
   for (int index : {p.first, p.second, p.third}) {
     const float value = params.value(index);
     std::uint32_t bits;
     std::memcpy(&bits, &value, sizeof bits);
-    look = (look ^ bits) * 16777619u;
+    look = mixLook(look, bits);
   }
   return look;
 }

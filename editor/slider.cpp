@@ -41,18 +41,14 @@ void verticalSlider(WidgetContext& context, WidgetId id, const Placement& placem
   const InputFrame& input = context.input();
 
   float value = params.value(parameter);
-  if (state.active && !input.left.held) {
-    params.endEdit(parameter);
-    state.active = false;
-  }
+  context.endDragOnRelease(state, parameter);
   // The thumb takes a left press; anywhere on the track takes the right one.
   const bool hovered = params.valid(parameter) && context.hovered(track);
   const int pressThumbTop = thumbTop(placed, trackHeight, value);
   const bool onThumb =
       hovered && context.hovered(Rect{placed.x, pressThumbTop, kSliderWidth, kSliderThumbHeight});
   if (onThumb && input.left.pressed) {
-    state.active = true;
-    params.beginEdit(parameter);
+    context.beginDrag(state, parameter);
     state.pressY = input.y - pressThumbTop;  // the grab offset
     state.startValue = state.workingValue = value;
   } else if (hovered && input.right.pressed) {

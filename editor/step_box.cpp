@@ -25,14 +25,10 @@ bool arrow(WidgetContext& context, WidgetId id, const Rect& area, int parameter,
   ParameterView& params = context.params();
   WidgetState& state = context.state(id);
   const ButtonInput& left = context.input().left;
-  if (state.active && !left.held) {
-    params.endEdit(parameter);
-    state.active = false;
-  }
+  context.endDragOnRelease(state, parameter);
   if (params.valid(parameter) && context.hovered(area)) {
     if (left.pressed) {
-      state.active = true;
-      params.beginEdit(parameter);
+      context.beginDrag(state, parameter);
     }
     if (state.active && left.pressedOrRepeated())
       params.setInteger(parameter, params.integerValue(parameter) + delta);
@@ -51,15 +47,11 @@ bool valueField(WidgetContext& context, WidgetId id, const Rect& area, int param
   ParameterView& params = context.params();
   WidgetState& state = context.state(id);
   const InputFrame& input = context.input();
-  if (state.active && !input.left.held) {
-    params.endEdit(parameter);
-    state.active = false;
-  }
+  context.endDragOnRelease(state, parameter);
   if (params.valid(parameter) && context.hovered(area) && input.left.pressed) {
-    state.active = true;
+    context.beginDrag(state, parameter);
     state.startValue = static_cast<float>(params.integerValue(parameter));
     state.pressY = input.y;
-    params.beginEdit(parameter);
   }
   // s = min(1, max / 100) steps per pixel, kept as the fraction steps / 100 so that whole steps come
   // out exact ("OSC 1: Octave": 5 / 100, 20 pixels a step).

@@ -47,12 +47,11 @@ InputFrame sampleInput(const InputFrame& previous, const MouseState& mouse, std:
   return next;
 }
 
-std::uint32_t textLook(const char* text, std::uint32_t seed) {
-  std::uint32_t hash = seed;
-  for (const char* c = text; c != nullptr && *c != '\0'; ++c) {
-    hash = (hash ^ static_cast<unsigned char>(*c)) * 16777619u;
-  }
-  return hash;
+std::uint32_t textLook(const char* text) {
+  std::uint32_t look = kFirstLook;
+  for (const char* c = text; c != nullptr && *c != '\0'; ++c)
+    look = mixLook(look, static_cast<unsigned char>(*c));
+  return look;
 }
 
 WidgetContext::WidgetContext(VstTest& instance, DrawList& drawList) : params_(instance), drawList_(drawList) {
@@ -85,6 +84,17 @@ Rect WidgetContext::place(WidgetId id, const Placement& placement, int width, in
 Rect WidgetContext::rect(WidgetId id) const {
   const auto found = rects_.find(id);
   return found == rects_.end() ? Rect{} : found->second;
+}
+
+void WidgetContext::beginDrag(WidgetState& state, int parameter) {
+  state.active = true;
+  params_.beginEdit(parameter);
+}
+
+void WidgetContext::endDragOnRelease(WidgetState& state, int parameter) {
+  if (!state.active || input_.left.held) return;
+  state.active = false;
+  params_.endEdit(parameter);
 }
 
 bool WidgetContext::contains(const Rect& area, int x, int y) {

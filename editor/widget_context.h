@@ -130,6 +130,10 @@ class WidgetContext {
   // The rectangle placed for `id` (in this pass or an earlier one); empty when never placed.
   Rect rect(WidgetId id) const;
   WidgetState& state(WidgetId id) { return states_[id]; }
+  // A control takes the mouse: it turns active and a gesture on `parameter` begins.
+  void beginDrag(WidgetState& state, int parameter);
+  // Ends an active control's gesture once the left button is up.
+  void endDragOnRelease(WidgetState& state, int parameter);
 
   // The pointer lies strictly inside `area` (the outermost pixel row and column never hit) and
   // no popup covers the controls.
@@ -189,7 +193,12 @@ class WidgetContext {
   int pendingProgram_ = -1;
 };
 
-// A 32-bit digest of a text, for looks that depend on one (FNV-1a).
-std::uint32_t textLook(const char* text, std::uint32_t seed = 2166136261u);
+// Looks made of several values are digests (FNV-1a): start from kFirstLook and mix in each value.
+constexpr std::uint32_t kFirstLook = 2166136261u;
+constexpr std::uint32_t mixLook(std::uint32_t look, std::uint32_t value) {
+  return (look ^ value) * 16777619u;
+}
+// The digest of a text's bytes.
+std::uint32_t textLook(const char* text);
 
 }  // namespace ziv
