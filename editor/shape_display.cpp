@@ -19,7 +19,8 @@ constexpr float kCurveMargin = 4.0f;  // pixels kept free above and below the cu
 constexpr int kCaptionGap = 1;
 constexpr float kOscillatorCycles = 2.0f;
 constexpr float kLfoCycles = 2.0f;
-constexpr float kSawPhaseSpread = 0.49f;  // the second saw's offset at full shape, in cycles
+// How far full shape moves the second saw against the first, or the pulse width from 0.5, in cycles.
+constexpr float kShapeSpread = 0.49f;
 constexpr float kSemitonesPerOctave = 12.0f;
 constexpr int kNoisePoints = 48;  // across the display
 // The oscillator waveform's choices, "Saw", "Pulse", "Noise".
@@ -33,7 +34,7 @@ float saw(float phase) {
   return 2.0f * fraction(phase) - 1.0f;
 }
 
-// A fixed pseudo-random level in -1..1 for each integer.
+// A fixed pseudo-random level in -1..1 for each integer (an integer hash of it, 16 bits kept).
 float noiseLevel(int k) {
   std::uint32_t h = static_cast<std::uint32_t>(k) * 2654435761u;
   h ^= h >> 15;
@@ -55,9 +56,9 @@ float oscillatorCurve(const ParameterView& params, const ShapeParameters& p, flo
   const float ratio = std::exp2(params.physical(p.third) / kSemitonesPerOctave);
   const float phase = fraction(fraction(t * kOscillatorCycles) * ratio);
   if (params.integerValue(p.first) == kWaveformPulse) {
-    return phase < 0.5f + kSawPhaseSpread * shape ? 1.0f : -1.0f;
+    return phase < 0.5f + kShapeSpread * shape ? 1.0f : -1.0f;
   }
-  return 0.5f * (saw(phase) + saw(phase + kSawPhaseSpread * shape));
+  return 0.5f * (saw(phase) + saw(phase + kShapeSpread * shape));
 }
 
 float lfoCurve(const ParameterView& params, const ShapeParameters& p, float t) {

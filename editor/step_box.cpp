@@ -12,7 +12,8 @@
 namespace ziv {
 namespace {
 
-constexpr int kPixelsPerStepAtMost = 100;  // a drag's steps per pixel: the range's maximum / 100, at most 1
+// A drag moves min(1, range maximum / kDragDivisor) steps per pixel.
+constexpr int kDragDivisor = 100;
 constexpr int kArrowHeight = kStepBoxFieldHeight / 2;
 constexpr int kArrowGlyphUp = 0;  // imgMisc members
 constexpr int kArrowGlyphDown = 1;
@@ -27,11 +28,10 @@ bool arrow(WidgetContext& context, WidgetId id, const Rect& area, int parameter,
   const ButtonInput& left = context.input().left;
   context.endDragOnRelease(state, parameter);
   if (params.valid(parameter) && context.hovered(area)) {
-    if (left.pressed) {
-      context.beginDrag(state, parameter);
-    }
-    if (state.active && left.pressedOrRepeated())
+    if (left.pressed) context.beginDrag(state, parameter);
+    if (state.active && left.pressedOrRepeated()) {
       params.setInteger(parameter, params.integerValue(parameter) + delta);
+    }
   }
   const Image& glyph = imageTable::image(imgMisc, delta > 0 ? kArrowGlyphUp : kArrowGlyphDown);
   queuePicture(context.drawList(), look::kLayerControlTop,
@@ -53,16 +53,16 @@ bool valueField(WidgetContext& context, WidgetId id, const Rect& area, int param
     state.startValue = static_cast<float>(params.integerValue(parameter));
     state.pressY = input.y;
   }
-  // s = min(1, max / 100) steps per pixel, kept as the fraction steps / 100 so that whole steps come
-  // out exact ("OSC 1: Octave": 5 / 100, 20 pixels a step).
-  const int steps = std::min(kPixelsPerStepAtMost, params.rangeMax(parameter));
-  if (state.active && input.dy != 0 && steps > 0) {
+  // s kept as the fraction steps / kDragDivisor, so that whole steps come out exact ("OSC 1:
+  // Octave": 5 / 100, 20 pixels a step).
+  const int steps = std::min(kDragDivisor, params.rangeMax(parameter));
+  if (state.active && !input.left.pressed && input.dy != 0 && steps > 0) {
     const int requested = static_cast<int>(state.startValue + static_cast<double>(state.pressY - input.y) *
-                                                                  steps / kPixelsPerStepAtMost);
+                                                                  steps / kDragDivisor);
     params.setInteger(parameter, requested);
     const int result = params.integerValue(parameter);
     state.pressY -=
-        static_cast<int>(std::lround(static_cast<double>(requested - result) * kPixelsPerStepAtMost / steps));
+        static_cast<int>(std::lround(static_cast<double>(requested - result) * kDragDivisor / steps));
   }
   return state.active;
 }
