@@ -57,7 +57,10 @@ Rect queueLabel(WidgetContext& context, int layer, int x, int y, const char* tex
                 int maxWidth, Align align) {
   if (text == nullptr || *text == '\0') return Rect{x, y, 0, 0};
   const FontHandle handle = imageTable::font(font);
-  const std::string shown = fitText(context.canvas(), text, handle, maxWidth, true, -1);
+  std::string& whole = context.textScratch(0);
+  std::string& shown = context.textScratch(1);
+  whole.assign(text);
+  fitText(context.canvas(), whole, handle, maxWidth, true, -1, shown);
   const Rect size = context.canvas().measureText(shown, handle);
   const int left = align == Align::kCentre ? x - size.width / 2 : x;
   const Rect area{left, y, size.width, size.height};

@@ -12,20 +12,27 @@ constexpr int kUnlimitedWidth = 10000;
 
 }  // namespace
 
-std::string fitText(Canvas& canvas, const std::string& text, FontHandle font, int maxWidth, bool ellipsis,
-                    int keepIndex) {
+void fitText(Canvas& canvas, const std::string& text, FontHandle font, int maxWidth, bool ellipsis,
+             int keepIndex, std::string& out) {
   std::array<int, kFitMeasureLimit> extents{};
   const int length = std::min(static_cast<int>(text.size()), kFitMeasureLimit);
-  const std::string measured = text.substr(0, static_cast<std::size_t>(length));
+  // Only a text beyond the limit needs a shortened copy to measure.
+  const std::string longHead = length < static_cast<int>(text.size()) ? text.substr(0, kFitMeasureLimit) : "";
+  const std::string& measured = longHead.empty() ? text : longHead;
   int fit = canvas.fitCount(measured, font, maxWidth, extents.data(), length);
-  if (fit >= static_cast<int>(text.size())) return text;
+  if (fit >= static_cast<int>(text.size())) {
+    out.assign(text);
+    return;
+  }
 
   const std::string suffix = ellipsis ? kEllipsis : "";
   const int suffixWidth = suffix.empty() ? 0 : canvas.measureText(suffix, font).width;
 
   if (fit > keepIndex) {
     while (fit > 0 && extents[static_cast<std::size_t>(fit - 1)] + suffixWidth > maxWidth) --fit;
-    return text.substr(0, static_cast<std::size_t>(fit)) + suffix;
+    out.assign(text, 0, static_cast<std::size_t>(fit));
+    out += suffix;
+    return;
   }
 
   // The character at keepIndex stays visible: find the first start that lets it fit.
@@ -37,7 +44,8 @@ std::string fitText(Canvas& canvas, const std::string& text, FontHandle font, in
     if (suffixWidth + extents[static_cast<std::size_t>(keep)] - before <= maxWidth) break;
     ++start;
   }
-  return text.substr(static_cast<std::size_t>(start), static_cast<std::size_t>(keep - start + 1)) + suffix;
+  out.assign(text, static_cast<std::size_t>(start), static_cast<std::size_t>(keep - start + 1));
+  out += suffix;
 }
 
 }  // namespace ziv

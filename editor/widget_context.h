@@ -168,6 +168,9 @@ class WidgetContext {
   Image& picture(WidgetId id) { return pictures_[id]; }
   // Scratch pixels for the CPU drawing (the shadow's copy), grown once.
   std::vector<std::uint8_t>& scratch() { return scratch_; }
+  // Two scratch strings (0 and 1) for texts on their way to the draw list, so that labels do not
+  // allocate once they have grown.
+  std::string& textScratch(int slot) { return textScratch_[slot == 0 ? 0 : 1]; }
 
  private:
   struct Shown {
@@ -185,6 +188,7 @@ class WidgetContext {
   std::unordered_map<WidgetId, Shown> shown_;
   std::unordered_map<WidgetId, Image> pictures_;
   std::vector<std::uint8_t> scratch_;
+  std::string textScratch_[2];
   const char* helpText_ = "";
   bool controlHeldMouse_ = false;
   bool controlActiveThisPass_ = false;

@@ -45,14 +45,20 @@ TEST(EditorTextFit, CutsWithEllipsisOrKeepsTheCaretVisible) {
   imageTable::ensureLoaded();
   RecordingCanvas canvas;  // 5 pixels a character
   const FontHandle font = imageTable::font(fontSmall);
-  EXPECT_EQ(fitText(canvas, "Hello", font, 25, true, -1), "Hello");
-  EXPECT_EQ(fitText(canvas, "Hello World", font, 30, true, -1), "Hel...");
-  EXPECT_EQ(fitText(canvas, "Hello World", font, 30, false, -1), "Hello ");
-  EXPECT_EQ(fitText(canvas, "Hello", font, 10, true, -1), "...");
+  const auto fit = [&](const std::string& text, int width, bool ellipsis, int keep) {
+    std::string out = "stale";
+    fitText(canvas, text, font, width, ellipsis, keep, out);
+    return out;
+  };
+  EXPECT_EQ(fit("Hello", 25, true, -1), "Hello");
+  EXPECT_EQ(fit("Hello World", 30, true, -1), "Hel...");
+  EXPECT_EQ(fit("Hello World", 30, false, -1), "Hello ");
+  EXPECT_EQ(fit("Hello", 10, true, -1), "...");
   // The character at index 8 must show: the window ends there and starts as far left as fits.
-  EXPECT_EQ(fitText(canvas, "abcdefghij", font, 20, false, 8), "fghi");
-  EXPECT_EQ(fitText(canvas, "abcdefghij", font, 20, false, 2), "abcd");
-  EXPECT_EQ(fitText(canvas, "", font, 0, true, -1), "");
+  EXPECT_EQ(fit("abcdefghij", 20, false, 8), "fghi");
+  EXPECT_EQ(fit("abcdefghij", 20, false, 2), "abcd");
+  EXPECT_EQ(fit("", 0, true, -1), "");
+  EXPECT_EQ(fit(std::string(2000, 'x'), 25, true, -1), "xx...");
 }
 
 struct Picture {

@@ -14,21 +14,6 @@ void RecordingCanvas::drawText(const std::string& text, int x, int y, FontHandle
   texts.push_back({text, x, y});
 }
 
-Rect RecordingCanvas::measureText(const std::string& text, FontHandle font) {
-  return Rect{0, 0, kCharWidth * static_cast<int>(text.size()),
-              static_cast<const FontSpec*>(font)->pixelHeight};
-}
-
-int RecordingCanvas::fitCount(const std::string& text, FontHandle, int maxWidth, int* extents, int capacity) {
-  int fit = 0;
-  for (int i = 0; i < static_cast<int>(text.size()); ++i) {
-    const int extent = kCharWidth * (i + 1);
-    if (i < capacity) extents[i] = extent;
-    if (extent <= maxWidth) fit = i + 1;
-  }
-  return fit;
-}
-
 void RecordingCanvas::beginPixels(Image& image) {
   std::vector<std::uint8_t>& buffer = drawing_[&image];
   buffer.assign(static_cast<std::size_t>(image.width) * image.height * 4, 0);

@@ -1,5 +1,5 @@
-// The editor's core without a screen: a canvas that records what a frame draws (with a
-// fixed-width font, 5 pixels per character), and an editor on a test host driven through the
+// The editor's core without a screen: a canvas that records what a frame draws (measuring as
+// MeasuringCanvas does), and an editor on a test host driven through the
 // entry points the window layer calls, one frame per mouse message as the window does.
 #pragma once
 
@@ -7,16 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "editor/canvas.h"
 #include "editor/editor_ui.h"
+#include "measuring_canvas.h"
 #include "test_host.h"
 
 namespace ziv::testing {
 
-class RecordingCanvas : public Canvas {
+class RecordingCanvas : public MeasuringCanvas {
  public:
-  static constexpr int kCharWidth = 5;
-
   struct ImageCall {
     Rect destination;
     const Image* image;
@@ -31,10 +29,6 @@ class RecordingCanvas : public Canvas {
 
   void drawImage(const Rect& dst, const Image& image, const Rect& src, float alpha) override;
   void drawText(const std::string& text, int x, int y, FontHandle font, int colour) override;
-  Rect measureText(const std::string& text, FontHandle font) override;
-  int fitCount(const std::string& text, FontHandle font, int maxWidth, int* extents, int capacity) override;
-  void setClip(const Rect&) override {}
-  void clearClip() override {}
   void invalidate(const Rect& area) override { invalidated.push_back(area); }
   void beginPixels(Image& image) override;
   void endPixels(Image& image) override;
