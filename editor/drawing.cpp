@@ -57,8 +57,8 @@ Rect queueLabel(WidgetContext& context, int layer, int x, int y, const char* tex
                 int maxWidth, Align align) {
   if (text == nullptr || *text == '\0') return Rect{x, y, 0, 0};
   const FontHandle handle = imageTable::font(font);
-  std::string& whole = context.textScratch(0);
-  std::string& shown = context.textScratch(1);
+  std::string& whole = context.labelScratch();
+  std::string& shown = context.fittedScratch();
   whole.assign(text);
   fitText(context.canvas(), whole, handle, maxWidth, true, -1, shown);
   const Rect size = context.canvas().measureText(shown, handle);

@@ -147,8 +147,8 @@ class WidgetContext {
   bool controlHeldMouse() const { return controlHeldMouse_; }
   void setControlActive() { controlActiveThisPass_ = true; }
 
-  // A popup was open when this pass began: clicks belong to it, not to the controls.
-  bool popupOpen() const { return popupOpenAtStart_; }
+  // The popup requested in this or an earlier pass; while one is open when a pass begins, its
+  // clicks belong to it, not to the controls.
   const PopupRequest& popup() const { return popup_; }
   // Records a request unless another one is pending; answers whether it was taken.
   bool requestPopup(int kind, int parameter, int x, int y, int width);
@@ -168,9 +168,10 @@ class WidgetContext {
   Image& picture(WidgetId id) { return pictures_[id]; }
   // Scratch pixels for the CPU drawing (the shadow's copy), grown once.
   std::vector<std::uint8_t>& scratch() { return scratch_; }
-  // Two scratch strings (0 and 1) for texts on their way to the draw list, so that labels do not
-  // allocate once they have grown.
-  std::string& textScratch(int slot) { return textScratch_[slot == 0 ? 0 : 1]; }
+  // Scratch strings for a label's text and its fitted form on their way to the draw list, so that
+  // labels do not allocate once these have grown.
+  std::string& labelScratch() { return labelScratch_; }
+  std::string& fittedScratch() { return fittedScratch_; }
 
  private:
   struct Shown {
@@ -188,7 +189,8 @@ class WidgetContext {
   std::unordered_map<WidgetId, Shown> shown_;
   std::unordered_map<WidgetId, Image> pictures_;
   std::vector<std::uint8_t> scratch_;
-  std::string textScratch_[2];
+  std::string labelScratch_;
+  std::string fittedScratch_;
   const char* helpText_ = "";
   bool controlHeldMouse_ = false;
   bool controlActiveThisPass_ = false;
