@@ -114,7 +114,7 @@ float shapeCurve(ShapeKind kind, const ParameterView& params, const ShapeParamet
 
 void shapeDisplay(WidgetContext& context, WidgetId id, const Placement& placement, int width,
                   const char* caption, ShapeKind kind, const ShapeParameters& parameters) {
-  width = std::min(width, kMaxDisplayWidth);
+  width = std::clamp(width, 2, kMaxDisplayWidth);  // a curve needs two points
   const Rect area = context.place(id, placement, width, kShapeDisplayHeight);
   Image& picture = context.picture(id);
   picture.width = static_cast<std::uint32_t>(width);
