@@ -39,7 +39,7 @@ void knob(WidgetContext& context, WidgetId id, const Placement& placement, const
       params.gesture(parameter, [&] { params.set(parameter, params.defaultValue(parameter)); });
       value = params.value(parameter);
     } else if (input.left.pressed) {
-      context.beginDrag(state, parameter);
+      context.beginDrag(state);
       state.startValue = state.workingValue = value;
       state.pressY = input.y;
     } else if (input.right.pressed) {
@@ -52,6 +52,7 @@ void knob(WidgetContext& context, WidgetId id, const Placement& placement, const
     const float step = input.shift ? kFineDragPerPixel : kKnobDragPerPixel;
     const float dragged = state.workingValue - static_cast<float>(input.dy) * step;
     state.workingValue = std::clamp(dragged, 0.0f, 1.0f);
+    context.dragChange(state, parameter);
     params.set(parameter, dragged);
     value = params.value(parameter);
   }

@@ -48,7 +48,7 @@ void verticalSlider(WidgetContext& context, WidgetId id, const Placement& placem
   const bool onThumb =
       hovered && context.hovered(Rect{placed.x, pressThumbTop, kSliderWidth, kSliderThumbHeight});
   if (onThumb && input.left.pressed) {
-    context.beginDrag(state, parameter);
+    context.beginDrag(state);
     state.pressY = input.y - pressThumbTop;  // the grab offset
     state.startValue = state.workingValue = value;
   } else if (hovered && input.right.pressed) {
@@ -62,6 +62,7 @@ void verticalSlider(WidgetContext& context, WidgetId id, const Placement& placem
       const int thumbOffset = input.y - state.pressY - placed.y - kSliderTrackTop;
       state.workingValue = std::clamp(1.0f - static_cast<float>(thumbOffset) / travel, 0.0f, 1.0f);
     }
+    context.dragChange(state, parameter);
     params.set(parameter, state.workingValue);
     value = params.value(parameter);
     // A fine drag moves the thumb away from the pointer; the grab follows, so letting go of

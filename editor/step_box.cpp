@@ -28,8 +28,9 @@ bool arrow(WidgetContext& context, WidgetId id, const Rect& area, int parameter,
   const ButtonInput& left = context.input().left;
   context.endDragOnRelease(state, parameter);
   if (params.valid(parameter) && context.hovered(area)) {
-    if (left.pressed) context.beginDrag(state, parameter);
+    if (left.pressed) context.beginDrag(state);
     if (state.active && left.pressedOrRepeated()) {
+      context.dragChange(state, parameter);
       params.setInteger(parameter, params.integerValue(parameter) + delta);
     }
   }
@@ -49,7 +50,7 @@ bool valueField(WidgetContext& context, WidgetId id, const Rect& area, int param
   const InputFrame& input = context.input();
   context.endDragOnRelease(state, parameter);
   if (params.valid(parameter) && context.hovered(area) && input.left.pressed) {
-    context.beginDrag(state, parameter);
+    context.beginDrag(state);
     state.startValue = static_cast<float>(params.integerValue(parameter));
     state.pressY = input.y;
   }
@@ -59,6 +60,7 @@ bool valueField(WidgetContext& context, WidgetId id, const Rect& area, int param
   if (state.active && !input.left.pressed && input.dy != 0 && steps > 0) {
     const int requested = static_cast<int>(state.startValue + static_cast<double>(state.pressY - input.y) *
                                                                   steps / kDragDivisor);
+    context.dragChange(state, parameter);
     params.setInteger(parameter, requested);
     const int result = params.integerValue(parameter);
     state.pressY -=

@@ -86,15 +86,17 @@ Rect WidgetContext::rect(WidgetId id) const {
   return found == rects_.end() ? Rect{} : found->second;
 }
 
-void WidgetContext::beginDrag(WidgetState& state, int parameter) {
-  state.active = true;
+void WidgetContext::dragChange(WidgetState& state, int parameter) {
+  if (state.editing) return;
+  state.editing = true;
   params_.beginEdit(parameter);
 }
 
 void WidgetContext::endDragOnRelease(WidgetState& state, int parameter) {
   if (!state.active || input_.left.held) return;
   state.active = false;
-  params_.endEdit(parameter);
+  if (state.editing) params_.endEdit(parameter);
+  state.editing = false;
 }
 
 bool WidgetContext::contains(const Rect& area, int x, int y) {

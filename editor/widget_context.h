@@ -90,6 +90,7 @@ InputFrame sampleInput(const InputFrame& previous, const MouseState& mouse, std:
 
 struct WidgetState {
   bool active = false;      // this control holds the mouse
+  bool editing = false;     // its drag has changed the value: a host gesture is open
   float startValue = 0.0f;  // the value (or integer) at the press
   float workingValue = 0.0f;
   int pressY = 0;
@@ -130,9 +131,11 @@ class WidgetContext {
   // The rectangle placed for `id` (in this pass or an earlier one); empty when never placed.
   Rect rect(WidgetId id) const;
   WidgetState& state(WidgetId id) { return states_[id]; }
-  // A control takes the mouse: it turns active and a gesture on `parameter` begins.
-  void beginDrag(WidgetState& state, int parameter);
-  // Ends an active control's gesture once the left button is up.
+  // Drags: a control takes the mouse on a press; the host's gesture on `parameter` begins with
+  // the drag's first change (so a click that changes nothing tells the host nothing) and ends
+  // when the left button is up.
+  void beginDrag(WidgetState& state) { state.active = true; }
+  void dragChange(WidgetState& state, int parameter);
   void endDragOnRelease(WidgetState& state, int parameter);
 
   // The pointer lies strictly inside `area` (the outermost pixel row and column never hit) and
