@@ -1,11 +1,14 @@
 #include "editor/editor_ui.h"
 
 #include "editor/image_table.h"
+#include "editor/layout.h"
+#include "editor/popup.h"
 #include "plugin/vst_test.h"
 
 namespace ziv {
 
-EditorUi::EditorUi(VstTest& instance) : instance_(instance) {}
+EditorUi::EditorUi(VstTest& instance)
+    : instance_(instance), context_(instance, drawList_), version_(versionText(VstTest::kVersion)) {}
 
 void EditorUi::setShift(bool down) {
   mouse_.shift = down;
@@ -33,22 +36,28 @@ void EditorUi::buttonUp(int button) {
 }
 
 void EditorUi::runFrame(Canvas& canvas, bool fullRedraw, std::uint32_t nowMs) {
-  (void)nowMs;
   if (inFrame_) return;
   inFrame_ = true;
   imageTable::ensureLoaded();
   if (redrawRequested_.exchange(false, std::memory_order_relaxed)) fullRedraw = true;
   if (fullRedraw) drawList_.markDirty(Rect{0, 0, kWidth, kHeight});
 
-  const Image& background = imageTable::image(imgBackground);
-  drawList_.queueImage(0, Rect{0, 0, kWidth, kHeight}, background, Rect{0, 0, kWidth, kHeight}, 255);
-
-  drawList_.flush(canvas);
-  for (Button& button : mouse_.buttons) {
+  input_ = sampleInput(input_, mouse_, nowMs);
+  for (MouseState::Button& button : mouse_.buttons) {
     button.pressLatch = false;
     button.doubleClick = false;
   }
-  (void)instance_;
+  context_.beginPass(input_, canvas, fullRedraw);
+  layoutPass(context_, instance_, version_);
+  servePopup(context_);
+  drawList_.flush(canvas);
+
+  // A program chosen in this pass is applied once, after everything has been drawn.
+  const int program = context_.pendingProgram();
+  if (program >= 0) {
+    context_.setPendingProgram(-1);
+    instance_.setProgram(program);
+  }
   inFrame_ = false;
 }
 

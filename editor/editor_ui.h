@@ -10,9 +10,11 @@
 
 #include <atomic>
 #include <cstdint>
+#include <string>
 
 #include "editor/canvas.h"
 #include "editor/draw_list.h"
+#include "editor/widget_context.h"
 
 namespace ziv {
 
@@ -20,8 +22,8 @@ class VstTest;
 
 class EditorUi {
  public:
-  static constexpr int kWidth = 1040;
-  static constexpr int kHeight = 472;
+  static constexpr int kWidth = kEditorWidth;
+  static constexpr int kHeight = kEditorHeight;
 
   explicit EditorUi(VstTest& instance);
 
@@ -39,22 +41,17 @@ class EditorUi {
   // The next frame redraws the whole editor (after a program or name change).
   void requestRedraw() { redrawRequested_.store(true, std::memory_order_relaxed); }
 
- private:
-  struct Button {
-    bool down = false;
-    bool pressLatch = false;  // pressed since the last frame, so a click shorter than a frame counts
-    bool doubleClick = false;
-  };
-  struct Mouse {
-    int x = 0;
-    int y = 0;
-    bool shift = false;
-    Button buttons[2];
-  };
+  // What the frames share (the help text, the popup request, the widgets' rectangles), for the
+  // layers above and for tests.
+  const WidgetContext& context() const { return context_; }
 
+ private:
   VstTest& instance_;
   DrawList drawList_;
-  Mouse mouse_;
+  WidgetContext context_;
+  MouseState mouse_;
+  InputFrame input_;
+  std::string version_;
   bool inFrame_ = false;
   std::atomic<bool> redrawRequested_{false};
 };

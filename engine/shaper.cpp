@@ -137,6 +137,21 @@ Shaper::Curve Shaper::curveFor(int mode, float drive) {
   }
 }
 
+double Shaper::transfer(int mode, float drive, double x) {
+  const Curve c = curveFor(mode, drive);
+  const double u = c.inputGain * x;
+  switch (c.mode) {
+    case kShaperSine:
+      return c.outputGain * curve<kShaperSine>(u);
+    case kShaperCrush:
+      return c.outputGain * curve<kShaperCrush>(u);
+    case kShaperFold:
+      return c.outputGain * curve<kShaperFold>(u);
+    default:
+      return c.outputGain * curve<kShaperClip>(u);
+  }
+}
+
 namespace {
 
 // The shaped samples of a span (u and integral hold n + 2 inputs and their second

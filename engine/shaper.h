@@ -58,6 +58,10 @@ class Shaper {
   // while the engine does not render.
   void render(float* buf, int frames, int mode, float drive, float mix);
 
+  // The wet output for a steady input x at this mode and drive: the curve the shaper applies,
+  // without its oversampling (the editor draws it). Any thread.
+  static double transfer(int mode, float drive, double x);
+
  private:
   static constexpr int kHalfTaps = 6;   // the interpolator's half-sample branch
   static constexpr int kDownTaps = 17;  // the decimator, centre tap 8

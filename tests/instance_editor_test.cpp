@@ -86,16 +86,24 @@ TEST(InstanceEditor, EditorGesturesReachTheHostInOrder) {
   plugin.engine().setParameter(12, 0.25f, true);
   plugin.engine().setParameter(12, 0.5f, true);
   plugin.endEdit(12);
-  EXPECT_EQ(record.editLog, "begin 12;automate 12 0.25;automate 12 0.50;end 12;");
+  const std::vector<HostCall>& calls = record.parameterCalls;
+  ASSERT_EQ(calls.size(), 4u);
+  EXPECT_EQ(calls[0].opcode, vst2::audioMasterBeginEdit);
+  EXPECT_EQ(calls[1].opcode, vst2::audioMasterAutomate);
+  EXPECT_FLOAT_EQ(calls[1].value, 0.25f);
+  EXPECT_EQ(calls[2].opcode, vst2::audioMasterAutomate);
+  EXPECT_FLOAT_EQ(calls[2].value, 0.5f);
+  EXPECT_EQ(calls[3].opcode, vst2::audioMasterEndEdit);
+  for (const HostCall& call : calls) EXPECT_EQ(call.index, 12);
   EXPECT_FLOAT_EQ(plugin.getParameter(12), 0.5f);
   EXPECT_FLOAT_EQ(plugin.program(plugin.getProgram()).values[12], 0.5f);
 
   // Host automation is not echoed back; no parameter (-1) brackets nothing.
-  record.editLog.clear();
+  record.parameterCalls.clear();
   plugin.setParameter(12, 0.75f);
   plugin.beginEdit(-1);
   plugin.endEdit(-1);
-  EXPECT_EQ(record.editLog, "");
+  EXPECT_TRUE(record.parameterCalls.empty());
 }
 
 TEST(InstanceEditor, GoesBeforeTheRestOfTheInstance) {

@@ -1,10 +1,13 @@
 // The audio path allocates nothing: after the first block, processEvents and processReplacing
-// are run with every heap allocation of this thread counted.
+// are run with every heap allocation of this thread counted. Nor do the editor's frames, once
+// they have seen every control and popup once.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <new>
 
+#include "editor/editor_ui.h"
+#include "measuring_canvas.h"
 #include "test_host.h"
 
 namespace {
@@ -91,6 +94,52 @@ TEST(RealTime, AudioCallsAllocateNothing) {
   EXPECT_GT(host.engine().soundingVoiceCount(), 0);
   EXPECT_EQ(plugin.midiLearn().state(kFilter1Cutoff).controller, 64);
   plugin.midiLearn().removeMapping(kFilter1Cutoff);  // later tests start without it
+}
+
+// The user's gestures, one frame per mouse message: hovering panels, dragging a knob and a
+// slider, stepping and dragging a step box, opening a target list and closing it outside.
+void playGestures(EditorUi& editor, Canvas& canvas, std::uint32_t& now) {
+  const auto frame = [&] { editor.runFrame(canvas, false, now += 50); };
+  const auto move = [&](int x, int y) {
+    editor.setMousePosition(x, y);
+    frame();
+  };
+  const auto button = [&](bool down) {
+    down ? editor.buttonDown(0) : editor.buttonUp(0);
+    frame();
+  };
+  for (int x = 0; x < 1040; x += 40) move(x, 200);
+  for (const auto& [x, y] : {std::pair{184, 52}, {256, 160}, {72, 94}, {44, 100}}) {
+    move(x, y);
+    button(true);
+    for (int i = 0; i < 8; ++i) frame();  // a held step-box arrow repeats
+    for (int dy = 0; dy < 60; dy += 6) move(x, y - dy);
+    button(false);
+  }
+  move(288, 393);
+  button(true);
+  button(false);
+  move(600, 40);
+  button(true);
+  button(false);
+  editor.runFrame(canvas, true, now += 50);
+}
+
+TEST(RealTime, EditorFramesAllocateNothingOnceWarm) {
+  TestHost host;
+  host.record().parameterCalls.reserve(4096);
+  EditorUi editor(host.plugin());
+  MeasuringCanvas canvas;
+  std::uint32_t now = 0;
+  editor.runFrame(canvas, true, now);
+  playGestures(editor, canvas, now);
+
+  allocationCount = 0;
+  countingAllocations = true;
+  playGestures(editor, canvas, now);
+  countingAllocations = false;
+  EXPECT_EQ(allocationCount, 0);
+  EXPECT_GT(host.record().parameterCalls.size(), 0u);
 }
 
 }  // namespace

@@ -25,13 +25,11 @@ vst2::VstIntPtr hostCallback(vst2::AEffect* effect, vst2::VstInt32 opcode, vst2:
       ++r.automateCount;
       r.lastAutomatedIndex = index;
       r.lastAutomatedValue = opt;
-      r.editLog += "automate " + std::to_string(index) + " " + std::to_string(opt).substr(0, 4) + ";";
+      r.parameterCalls.push_back({opcode, index, opt});
       return 0;
     case vst2::audioMasterBeginEdit:
-      r.editLog += "begin " + std::to_string(index) + ";";
-      return 1;
     case vst2::audioMasterEndEdit:
-      r.editLog += "end " + std::to_string(index) + ";";
+      r.parameterCalls.push_back({opcode, index, 0.0f});
       return 1;
     case vst2::audioMasterUpdateDisplay:
       ++r.updateDisplayCount;

@@ -10,6 +10,13 @@
 
 namespace ziv::testing {
 
+// One parameter callback of the plug-in, in the order they came.
+struct HostCall {
+  int opcode;
+  int index;
+  float value;
+};
+
 struct HostRecord {
   vst2::VstTimeInfo time{};
   bool answerTime = true;
@@ -18,8 +25,8 @@ struct HostRecord {
   float lastAutomatedValue = 0.0f;
   int updateDisplayCount = 0;
   int ioChangedCount = 0;
-  // beginEdit, automate and endEdit calls in order: "begin 5;automate 5 0.25;end 5;".
-  std::string editLog;
+  // Every audioMasterBeginEdit, audioMasterAutomate and audioMasterEndEdit.
+  std::vector<HostCall> parameterCalls;
 };
 
 class TestHost {

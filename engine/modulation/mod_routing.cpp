@@ -70,6 +70,16 @@ ModTargetList modTargets(ModSource source) {
   return {kTargets, sourceInfo(source).targetCount};
 }
 
+ModTargetList modTargetsOfSelector(int index) {
+  for (ModSource source : {ModSource::kModWheel, ModSource::kGlobalLfo, ModSource::kVelocity,
+                           ModSource::kModEnvelope, ModSource::kVoiceLfo}) {
+    const int first = sourceInfo(source).firstSelector;
+    const int slot = (index - first) / 2;
+    if (index >= first && (index - first) % 2 == 0 && slot < kModSlots) return modTargets(source);
+  }
+  return {kTargets, 0};
+}
+
 int modTargetPosition(float selectorValue, int listCount) {
   return static_cast<int>(std::floor(selectorValue * static_cast<float>(listCount - 1) + 0.5f));
 }

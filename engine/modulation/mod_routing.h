@@ -29,6 +29,9 @@ struct ModTargetList {
   int count;
 };
 ModTargetList modTargets(ModSource source);
+// The target list that the selector parameter `index` picks from; count 0 when `index` is no
+// target selector. Any thread.
+ModTargetList modTargetsOfSelector(int index);
 
 // The index into the source's list that a selector value (normalised 0..1) picks: the selector's
 // range spreads evenly over the list.
