@@ -14,6 +14,7 @@
 
 #include "editor/canvas.h"
 #include "editor/draw_list.h"
+#include "editor/editor_platform.h"
 #include "editor/widget_context.h"
 
 namespace ziv {
@@ -41,12 +42,18 @@ class EditorUi {
   // The next frame redraws the whole editor (after a program or name change).
   void requestRedraw() { redrawRequested_.store(true, std::memory_order_relaxed); }
 
+  // The system services of the open window (dialogs, text entry, browser); null while no window
+  // is open, and then the editor offers none of what needs them.
+  void setPlatform(EditorPlatform* platform) { platform_ = platform; }
+  EditorPlatform* platform() const { return platform_; }
+
   // What the frames share (the help text, the popup request, the widgets' rectangles), for the
   // layers above and for tests.
   const WidgetContext& context() const { return context_; }
 
  private:
   VstTest& instance_;
+  EditorPlatform* platform_ = nullptr;
   DrawList drawList_;
   WidgetContext context_;
   MouseState mouse_;
