@@ -70,6 +70,20 @@ ModTargetList modTargets(ModSource source) {
   return {kTargets, sourceInfo(source).targetCount};
 }
 
+bool selectorTargets(int parameterIndex, ModTargetList& list) {
+  for (ModSource source : {ModSource::kModWheel, ModSource::kGlobalLfo, ModSource::kVelocity,
+                           ModSource::kModEnvelope, ModSource::kVoiceLfo}) {
+    const int first = sourceInfo(source).firstSelector;
+    for (int slot = 0; slot < kModSlots; ++slot) {
+      if (parameterIndex == first + 2 * slot) {
+        list = modTargets(source);
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
 int modTargetPosition(float selectorValue, int listCount) {
   return static_cast<int>(std::floor(selectorValue * static_cast<float>(listCount - 1) + 0.5f));
 }

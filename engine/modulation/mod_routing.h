@@ -30,6 +30,10 @@ struct ModTargetList {
 };
 ModTargetList modTargets(ModSource source);
 
+// The list that a target selector parameter (such as "VELOCITY: Target 2") picks from; false for
+// any other parameter. Any thread.
+bool selectorTargets(int parameterIndex, ModTargetList& list);
+
 // The index into the source's list that a selector value (normalised 0..1) picks: the selector's
 // range spreads evenly over the list.
 int modTargetPosition(float selectorValue, int listCount);

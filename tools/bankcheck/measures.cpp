@@ -1,0 +1,186 @@
+// The measurements of measures.h.
+#include "tools/bankcheck/measures.h"
+
+#include <ebur128.h>
+
+#include <algorithm>
+#include <cmath>
+#include <complex>
+#include <limits>
+#include <memory>
+
+#include "engine/fft.h"
+
+namespace bankcheck {
+
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+// Short frames of 2048 samples (46 ms at 44.1 kHz): fine enough in time for envelopes and LFOs,
+// with 21.5 Hz bins, fine enough for sixth-octave bands from 40 Hz up.
+constexpr int kFrame = 2048;
+constexpr double kLowestBandHz = 40.0;
+constexpr int kBandsPerOctave = 6;
+constexpr int kBands = 54;  // nine octaves: 40 Hz to 20.5 kHz
+// Cells below this level (dB relative to a full-scale sine in one band) count as silence.
+constexpr double kFloorDb = -90.0;
+constexpr double kTinyPower = 1e-30;
+
+struct EbuDeleter {
+  void operator()(ebur128_state* state) const { ebur128_destroy(&state); }
+};
+
+std::vector<double> hann(int n) {
+  std::vector<double> w(n);
+  for (int i = 0; i < n; ++i) w[i] = 0.5 - 0.5 * std::cos(2.0 * kPi * i / n);
+  return w;
+}
+
+// Power spectrum (bins 0..n/2) of the left-plus-right mean over [from, from + n), Hann-windowed
+// and zero-padded to fftSize, scaled so that a full-scale sine on a bin reads 1.
+std::vector<double> powerSpectrum(const Audio& audio, std::size_t from, int n, int fftSize) {
+  const std::vector<double> w = hann(n);
+  std::vector<std::complex<double>> x(fftSize, 0.0);
+  double windowSum = 0.0;
+  for (int i = 0; i < n; ++i) {
+    const std::size_t frame = from + i;
+    const double mono =
+        frame < audio.frames() ? 0.5 * (audio.samples[2 * frame] + audio.samples[2 * frame + 1]) : 0.0;
+    x[i] = mono * w[i];
+    windowSum += w[i];
+  }
+  ziv::fft(x);
+  std::vector<double> power(fftSize / 2 + 1);
+  const double scale = 2.0 / windowSum;
+  for (int k = 0; k <= fftSize / 2; ++k) power[k] = std::norm(x[k] * scale);
+  return power;
+}
+
+int nextPowerOfTwo(std::size_t n) {
+  int size = 1;
+  while (static_cast<std::size_t>(size) < n) size *= 2;
+  return size;
+}
+
+}  // namespace
+
+double integratedLoudness(const Audio& audio) {
+  std::unique_ptr<ebur128_state, EbuDeleter> state(
+      ebur128_init(2, static_cast<unsigned long>(audio.sampleRate), EBUR128_MODE_I));
+  double loudness = -std::numeric_limits<double>::infinity();
+  if (!state) return loudness;
+  ebur128_add_frames_float(state.get(), audio.samples.data(), audio.frames());
+  if (ebur128_loudness_global(state.get(), &loudness) != EBUR128_SUCCESS) {
+    return -std::numeric_limits<double>::infinity();
+  }
+  return loudness;
+}
+
+double peakDb(const Audio& audio) {
+  float peak = 0.0f;
+  for (float s : audio.samples) peak = std::max(peak, std::fabs(s));
+  return 20.0 * std::log10(std::max(static_cast<double>(peak), kTinyPower));
+}
+
+BandPicture bandPicture(const Audio& audio, double gain) {
+  BandPicture picture;
+  picture.frames = static_cast<int>(audio.frames() / kFrame);
+  picture.levelsDb.assign(static_cast<std::size_t>(picture.frames) * kBands, kFloorDb);
+  const double binHz = static_cast<double>(audio.sampleRate) / kFrame;
+  for (int f = 0; f < picture.frames; ++f) {
+    const std::vector<double> power = powerSpectrum(audio, static_cast<std::size_t>(f) * kFrame, kFrame, kFrame);
+    std::vector<double> bands(kBands, 0.0);
+    for (std::size_t k = 1; k < power.size(); ++k) {
+      const int band = static_cast<int>(std::floor(kBandsPerOctave * std::log2(k * binHz / kLowestBandHz)));
+      if (band >= 0 && band < kBands) bands[band] += power[k] * gain * gain;
+    }
+    for (int b = 0; b < kBands; ++b) {
+      picture.levelsDb[static_cast<std::size_t>(f) * kBands + b] =
+          std::max(kFloorDb, 10.0 * std::log10(bands[b] + kTinyPower));
+    }
+  }
+  return picture;
+}
+
+double pictureDistance(const BandPicture& a, const BandPicture& b) {
+  const int frames = std::max(a.frames, b.frames);
+  double sum = 0.0;
+  long cells = 0;
+  for (int f = 0; f < frames; ++f) {
+    for (int band = 0; band < kBands; ++band) {
+      const std::size_t cell = static_cast<std::size_t>(f) * kBands + band;
+      const double x = f < a.frames ? a.levelsDb[cell] : kFloorDb;
+      const double y = f < b.frames ? b.levelsDb[cell] : kFloorDb;
+      if (x <= kFloorDb && y <= kFloorDb) continue;
+      sum += std::fabs(x - y);
+      ++cells;
+    }
+  }
+  return cells > 0 ? sum / cells : 0.0;
+}
+
+double powerShareAbove(const Audio& audio, double hz) {
+  const double binHz = static_cast<double>(audio.sampleRate) / kFrame;
+  double above = 0.0, total = 0.0;
+  for (std::size_t from = 0; from + kFrame <= audio.frames(); from += kFrame) {
+    const std::vector<double> power = powerSpectrum(audio, from, kFrame, kFrame);
+    for (std::size_t k = 1; k < power.size(); ++k) {
+      total += power[k];
+      if (k * binHz > hz) above += power[k];
+    }
+  }
+  return total > 0.0 ? above / total : 0.0;
+}
+
+double lowestStrongPeakHz(const Audio& audio, std::size_t from, std::size_t to, double rangeDb) {
+  const int n = static_cast<int>(to - from);
+  // Zero-padding to four times the span interpolates the spectrum finely enough to read a bass
+  // note's frequency to a few cents.
+  const int fftSize = nextPowerOfTwo(static_cast<std::size_t>(n) * 4);
+  const std::vector<double> power = powerSpectrum(audio, from, n, fftSize);
+  const double binHz = static_cast<double>(audio.sampleRate) / fftSize;
+  const std::size_t lowest = static_cast<std::size_t>(std::ceil(20.0 / binHz));
+  const double strongest = *std::max_element(power.begin() + lowest, power.end());
+  const double threshold = strongest * std::pow(10.0, -rangeDb / 10.0);
+  for (std::size_t k = lowest; k + 1 < power.size(); ++k) {
+    if (power[k] >= threshold && power[k] >= power[k - 1] && power[k] >= power[k + 1]) {
+      // Parabolic interpolation of the peak on the log spectrum.
+      const double a = std::log(power[k - 1] + kTinyPower), b = std::log(power[k] + kTinyPower),
+                   c = std::log(power[k + 1] + kTinyPower);
+      const double denominator = a - 2.0 * b + c;
+      const double offset = denominator != 0.0 ? 0.5 * (a - c) / denominator : 0.0;
+      return (k + offset) * binHz;
+    }
+  }
+  return 0.0;
+}
+
+double periodPitchHz(const Audio& audio, std::size_t from, std::size_t to) {
+  // The normalised difference function's first dip below this marks the period.
+  constexpr double kDipThreshold = 0.2;
+  const int minLag = audio.sampleRate / 1000;
+  const int maxLag = audio.sampleRate / 50;
+  std::vector<double> x;
+  for (std::size_t i = from; i < to && i < audio.frames(); ++i) {
+    x.push_back(audio.samples[2 * i] + audio.samples[2 * i + 1]);
+  }
+  const int window = static_cast<int>(x.size()) - maxLag;
+  if (window <= 0) return 0.0;
+  std::vector<double> d(maxLag + 1, 0.0);
+  double running = 0.0;
+  for (int lag = 1; lag <= maxLag; ++lag) {
+    double sum = 0.0;
+    for (int i = 0; i < window; ++i) sum += (x[i] - x[i + lag]) * (x[i] - x[i + lag]);
+    running += sum;
+    d[lag] = running > 0.0 ? sum * lag / running : 1.0;
+  }
+  for (int lag = minLag; lag < maxLag; ++lag) {
+    if (d[lag] < kDipThreshold) {
+      while (lag + 1 <= maxLag && d[lag + 1] < d[lag]) ++lag;
+      return static_cast<double>(audio.sampleRate) / lag;
+    }
+  }
+  return 0.0;
+}
+
+}  // namespace bankcheck

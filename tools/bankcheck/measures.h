@@ -1,0 +1,50 @@
+// Listening with numbers: the measurements that the bank check takes of a rendered stereo signal.
+// Loudness is ITU-R BS.1770 integrated loudness through libebur128; the other figures come from a
+// short-time spectrum cut into sixth-octave bands (a coarse picture of what the ear follows over
+// time) and from long spectra for pitch. Not real-time code: everything allocates freely.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace bankcheck {
+
+// Interleaved stereo samples at one rate.
+struct Audio {
+  std::vector<float> samples;
+  int sampleRate = 44100;
+  std::size_t frames() const { return samples.size() / 2; }
+};
+
+// Integrated loudness in LUFS; -inf for silence.
+double integratedLoudness(const Audio& audio);
+
+// Largest absolute sample of either channel, in dBFS.
+double peakDb(const Audio& audio);
+
+// Band levels per short frame, in dB; frames follow each other without overlap.
+struct BandPicture {
+  int frames = 0;
+  std::vector<double> levelsDb;  // frames x kBands, frame-major
+};
+
+// The band picture of the audio scaled by `gain`.
+BandPicture bandPicture(const Audio& audio, double gain = 1.0);
+
+// Mean absolute level difference in dB over the cells where either picture is above the floor
+// (frames beyond the shorter picture count as silent there): 0 for identical sound, a few dB for
+// clearly different sounds.
+double pictureDistance(const BandPicture& a, const BandPicture& b);
+
+// Share of the power above `hz`, 0..1, over the whole signal.
+double powerShareAbove(const Audio& audio, double hz);
+
+// Frequency of the lowest spectral peak within `rangeDb` of the strongest one, measured over
+// frames [from, to) of the left plus right sum: the fundamental that the ear takes for the pitch.
+double lowestStrongPeakHz(const Audio& audio, std::size_t from, std::size_t to, double rangeDb);
+
+// Fundamental frequency of the span [from, to) by the normalised difference function (lags
+// between 1 and 20 ms); 0 when the span has no clear period.
+double periodPitchHz(const Audio& audio, std::size_t from, std::size_t to);
+
+}  // namespace bankcheck
