@@ -32,9 +32,12 @@ constexpr double kMinWheelEffect = 1.0;      // dB of band-picture distance
 constexpr double kMinVelocityEffect = 1.0;   // dB of band-picture distance
 constexpr double kMinBassShareAbove200 = 0.2;
 constexpr double kMaxFundamentalCents = 50.0;
-constexpr double kStrongPeakRangeDb = 30.0;
+// A bass's pitch is searched within a little more than an octave either side of its key.
+constexpr double kPitchSearchRange = 2.2;
+// A glide's pitch is searched between its two notes, with a semitone to spare on either side.
+constexpr double kGlideSearchMargin = 1.06;
 constexpr double kMinGlideSemitones = 1.0;
-constexpr double kMinNearestDistance = 1.5;  // dB of band-picture distance at equal loudness
+constexpr double kMinNearestDistance = 3.0;  // dB of band-picture distance at equal loudness
 // The master gain's normalised value moves the level by 49 dB over its range (its law is
 // 10^(2.45 g - 2)), so a level error converts directly into a gain move.
 constexpr double kMasterGainDbPerUnit = 49.0;
@@ -112,8 +115,10 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
     if (!render(plugin, index, heldBassNotes(kSampleRate), false, held, nullptr, error)) return false;
     for (int i = 0; i < 2; ++i) {
       const NoteSpan& span = kBassNoteSpans[i];
-      const double hz = lowestStrongPeakHz(held, static_cast<std::size_t>(span.fromSeconds * kSampleRate),
-                                           static_cast<std::size_t>(span.toSeconds * kSampleRate), kStrongPeakRangeDb);
+      const double key = noteHz(span.note);
+      const double hz = periodPitchHz(held, static_cast<std::size_t>(span.fromSeconds * kSampleRate),
+                                      static_cast<std::size_t>(span.toSeconds * kSampleRate),
+                                      key / kPitchSearchRange, key * kPitchSearchRange);
       f.fundamentalCents[i] = hz > 0.0 ? cents(hz, noteHz(span.note)) : NAN;
     }
   }
@@ -123,7 +128,8 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
     // 30 to 70 ms after the second key: a glide is on its way, a jump has long arrived.
     const auto from = static_cast<std::size_t>((kPairSecondStartSeconds + 0.03) * kSampleRate);
     const auto to = static_cast<std::size_t>((kPairSecondStartSeconds + 0.07) * kSampleRate);
-    const double hz = periodPitchHz(pair, from, to);
+    const double hz = periodPitchHz(pair, from, to, noteHz(kPairFirstNote) / kGlideSearchMargin,
+                                    noteHz(kPairSecondNote) * kGlideSearchMargin);
     f.glideSemitones = hz > 0.0 ? -cents(hz, noteHz(kPairSecondNote)) / 100.0 : 0.0;
   }
   return true;

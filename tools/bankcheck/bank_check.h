@@ -22,7 +22,7 @@ struct ProgramFigures {
   double wheelEffect = NAN;   // band-picture distance in dB, wheel at rest against fully up
   double velocityEffect = NAN;  // the same, velocity 30 against 127
   double shareAbove200 = NAN;   // basses: share of the phrase's power above 200 Hz
-  double fundamentalCents[2] = {NAN, NAN};  // basses: held C1 and C2, lowest strong peak against the key
+  double fundamentalCents[2] = {NAN, NAN};  // basses: pitch heard on held C1 and C2 against the key
   double glideSemitones = NAN;  // "Glide"/"Legato" titles: how far below the second note it starts
   double nearestDistance = NAN;  // band-picture distance to the nearest program of the category
   std::string nearestName;

@@ -56,12 +56,6 @@ std::vector<double> powerSpectrum(const Audio& audio, std::size_t from, int n, i
   return power;
 }
 
-int nextPowerOfTwo(std::size_t n) {
-  int size = 1;
-  while (static_cast<std::size_t>(size) < n) size *= 2;
-  return size;
-}
-
 }  // namespace
 
 double integratedLoudness(const Audio& audio) {
@@ -132,51 +126,27 @@ double powerShareAbove(const Audio& audio, double hz) {
   return total > 0.0 ? above / total : 0.0;
 }
 
-double lowestStrongPeakHz(const Audio& audio, std::size_t from, std::size_t to, double rangeDb) {
-  const int n = static_cast<int>(to - from);
-  // Zero-padding to four times the span interpolates the spectrum finely enough to read a bass
-  // note's frequency to a few cents.
-  const int fftSize = nextPowerOfTwo(static_cast<std::size_t>(n) * 4);
-  const std::vector<double> power = powerSpectrum(audio, from, n, fftSize);
-  const double binHz = static_cast<double>(audio.sampleRate) / fftSize;
-  const std::size_t lowest = static_cast<std::size_t>(std::ceil(20.0 / binHz));
-  const double strongest = *std::max_element(power.begin() + lowest, power.end());
-  const double threshold = strongest * std::pow(10.0, -rangeDb / 10.0);
-  for (std::size_t k = lowest; k + 1 < power.size(); ++k) {
-    if (power[k] >= threshold && power[k] >= power[k - 1] && power[k] >= power[k + 1]) {
-      // Parabolic interpolation of the peak on the log spectrum.
-      const double a = std::log(power[k - 1] + kTinyPower), b = std::log(power[k] + kTinyPower),
-                   c = std::log(power[k + 1] + kTinyPower);
-      const double denominator = a - 2.0 * b + c;
-      const double offset = denominator != 0.0 ? 0.5 * (a - c) / denominator : 0.0;
-      return (k + offset) * binHz;
-    }
-  }
-  return 0.0;
-}
-
-double periodPitchHz(const Audio& audio, std::size_t from, std::size_t to) {
-  // The normalised difference function's first dip below this marks the period.
-  constexpr double kDipThreshold = 0.2;
-  const int minLag = audio.sampleRate / 1000;
-  const int maxLag = audio.sampleRate / 50;
+double periodPitchHz(const Audio& audio, std::size_t from, std::size_t to, double lowestHz, double highestHz) {
+  // Dips of the normalised difference function this close to the deepest one count as equally
+  // good; the shortest of them is the period (a periodic signal also repeats at twice its period).
+  constexpr double kTieMargin = 0.1;
+  const int minLag = std::max(1, static_cast<int>(audio.sampleRate / highestHz));
+  const int maxLag = static_cast<int>(audio.sampleRate / lowestHz) + 1;
+  const int window = static_cast<int>(to - from);
+  if (window <= 0 || minLag >= maxLag || to + maxLag > audio.frames()) return 0.0;
   std::vector<double> x;
-  for (std::size_t i = from; i < to && i < audio.frames(); ++i) {
-    x.push_back(audio.samples[2 * i] + audio.samples[2 * i + 1]);
-  }
-  const int window = static_cast<int>(x.size()) - maxLag;
-  if (window <= 0) return 0.0;
-  std::vector<double> d(maxLag + 1, 0.0);
+  for (std::size_t i = from; i < to + maxLag; ++i) x.push_back(audio.samples[2 * i] + audio.samples[2 * i + 1]);
+  std::vector<double> d(maxLag + 2, 1.0);
   double running = 0.0;
-  for (int lag = 1; lag <= maxLag; ++lag) {
+  for (int lag = 1; lag <= maxLag + 1; ++lag) {
     double sum = 0.0;
     for (int i = 0; i < window; ++i) sum += (x[i] - x[i + lag]) * (x[i] - x[i + lag]);
     running += sum;
     d[lag] = running > 0.0 ? sum * lag / running : 1.0;
   }
-  for (int lag = minLag; lag < maxLag; ++lag) {
-    if (d[lag] < kDipThreshold) {
-      while (lag + 1 <= maxLag && d[lag + 1] < d[lag]) ++lag;
+  const double deepest = *std::min_element(d.begin() + minLag, d.begin() + maxLag + 1);
+  for (int lag = minLag; lag <= maxLag; ++lag) {
+    if (d[lag] <= deepest + kTieMargin && d[lag] <= d[lag - 1] && d[lag] <= d[lag + 1]) {
       return static_cast<double>(audio.sampleRate) / lag;
     }
   }

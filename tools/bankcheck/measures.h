@@ -39,12 +39,10 @@ double pictureDistance(const BandPicture& a, const BandPicture& b);
 // Share of the power above `hz`, 0..1, over the whole signal.
 double powerShareAbove(const Audio& audio, double hz);
 
-// Frequency of the lowest spectral peak within `rangeDb` of the strongest one, measured over
-// frames [from, to) of the left plus right sum: the fundamental that the ear takes for the pitch.
-double lowestStrongPeakHz(const Audio& audio, std::size_t from, std::size_t to, double rangeDb);
-
-// Fundamental frequency of the span [from, to) by the normalised difference function (lags
-// between 1 and 20 ms); 0 when the span has no clear period.
-double periodPitchHz(const Audio& audio, std::size_t from, std::size_t to);
+// Fundamental frequency heard in the span [from, to) by the normalised difference function,
+// searched between lowestHz and highestHz (samples up to one longest period past the span are
+// read): the shortest period at which the signal repeats about as well as at any other. A strong
+// tone an octave below the key doubles it. 0 when the span is too close to the end.
+double periodPitchHz(const Audio& audio, std::size_t from, std::size_t to, double lowestHz, double highestHz);
 
 }  // namespace bankcheck

@@ -70,7 +70,8 @@ Phrase phraseOf(const Note (&notes)[N], int velocity, bool wheelUp, int sampleRa
 
 }  // namespace
 
-const NoteSpan kBassNoteSpans[2] = {{24, 0.4, 1.3}, {36, 1.9, 2.8}};
+// Each note's first 0.4 s after its attack, where plucked basses still sound.
+const NoteSpan kBassNoteSpans[2] = {{24, 0.05, 0.45}, {36, 1.55, 1.95}};
 
 Category categoryOf(const std::string& programName) {
   const std::string word = programName.substr(0, programName.find(' '));

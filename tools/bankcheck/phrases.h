@@ -28,7 +28,7 @@ Phrase categoryPhrase(Category category, int velocity, bool wheelUp, int sampleR
 // C3 E3 G3 B3 C4 E4 G4 B4 at velocity 127, held two seconds.
 Phrase fullChord(int sampleRate);
 
-// C1 then C2, each held; kBassNoteSpans gives where each note's steady part lies.
+// C1 then C2, each held; kBassNoteSpans gives the spans in which their pitch is measured.
 Phrase heldBassNotes(int sampleRate);
 struct NoteSpan {
   int note;
