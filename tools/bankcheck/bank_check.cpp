@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "tools/bankcheck/measures.h"
+#include "tools/host/loudness.h"
 #include "tools/host/render_session.h"
 
 namespace bankcheck {
@@ -34,6 +35,7 @@ constexpr double kMinBassShareAbove200 = 0.2;
 constexpr double kMaxFundamentalCents = 50.0;
 // A bass's pitch is searched within a little more than an octave either side of its key.
 constexpr double kPitchSearchRange = 2.2;
+constexpr int kPitchWindows = 5;
 // A glide's pitch is searched between its two notes, with a semitone to spare on either side.
 constexpr double kGlideSearchMargin = 1.06;
 constexpr double kMinGlideSemitones = 1.0;
@@ -96,8 +98,9 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
   for (const vrnhost::ParameterInfo& info : parameters) {
     if (info.name == kLimiterName) f.limiter = std::atof(info.display.c_str()) >= 0.5;
   }
-  f.loudness = integratedLoudness(base);
-  f.peakDb = std::max({peakDb(base), peakDb(wheel), peakDb(soft), peakDb(hard)});
+  f.loudness = vrnhost::integratedLoudness(base.samples, 2, kSampleRate);
+  f.peakDb = std::max({vrnhost::samplePeakDb(base.samples), vrnhost::samplePeakDb(wheel.samples),
+                       vrnhost::samplePeakDb(soft.samples), vrnhost::samplePeakDb(hard.samples)});
   f.wheelEffect = pictureDistance(bandPicture(base), bandPicture(wheel));
   f.velocityEffect = pictureDistance(bandPicture(soft), bandPicture(hard));
   const double gain = std::isfinite(f.loudness) ? std::pow(10.0, (kReferenceLoudness - f.loudness) / 20.0) : 1.0;
@@ -106,7 +109,7 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
   if (f.category == Category::kPoly || f.category == Category::kPad) {
     Audio chord;
     if (!render(plugin, index, fullChord(kSampleRate), false, chord, nullptr, error)) return false;
-    f.chordPeakDb = peakDb(chord);
+    f.chordPeakDb = vrnhost::samplePeakDb(chord.samples);
     f.peakDb = std::max(f.peakDb, f.chordPeakDb);
   }
   if (f.category == Category::kBass) {
@@ -116,10 +119,18 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
     for (int i = 0; i < 2; ++i) {
       const NoteSpan& span = kBassNoteSpans[i];
       const double key = noteHz(span.note);
-      const double hz = periodPitchHz(held, static_cast<std::size_t>(span.fromSeconds * kSampleRate),
-                                      static_cast<std::size_t>(span.toSeconds * kSampleRate),
-                                      key / kPitchSearchRange, key * kPitchSearchRange);
-      f.fundamentalCents[i] = hz > 0.0 ? cents(hz, noteHz(span.note)) : NAN;
+      // The median over a few short windows, so that a sweeping filter cannot mislead one long one.
+      std::vector<double> heard;
+      const double step = (span.toSeconds - span.fromSeconds) / kPitchWindows;
+      for (int w = 0; w < kPitchWindows; ++w) {
+        const double from = span.fromSeconds + w * step;
+        heard.push_back(periodPitchHz(held, static_cast<std::size_t>(from * kSampleRate),
+                                      static_cast<std::size_t>((from + step) * kSampleRate), key / kPitchSearchRange,
+                                      key * kPitchSearchRange));
+      }
+      std::nth_element(heard.begin(), heard.begin() + kPitchWindows / 2, heard.end());
+      const double hz = heard[kPitchWindows / 2];
+      f.fundamentalCents[i] = hz > 0.0 ? cents(hz, key) : NAN;
     }
   }
   if (titleSaysGlide(name)) {

@@ -1,13 +1,9 @@
 // The measurements of measures.h.
 #include "tools/bankcheck/measures.h"
 
-#include <ebur128.h>
-
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <limits>
-#include <memory>
 
 #include "engine/fft.h"
 
@@ -25,10 +21,6 @@ constexpr int kBands = 54;  // nine octaves: 40 Hz to 20.5 kHz
 // Cells below this level (dB relative to a full-scale sine in one band) count as silence.
 constexpr double kFloorDb = -90.0;
 constexpr double kTinyPower = 1e-30;
-
-struct EbuDeleter {
-  void operator()(ebur128_state* state) const { ebur128_destroy(&state); }
-};
 
 std::vector<double> hann(int n) {
   std::vector<double> w(n);
@@ -57,24 +49,6 @@ std::vector<double> powerSpectrum(const Audio& audio, std::size_t from, int n, i
 }
 
 }  // namespace
-
-double integratedLoudness(const Audio& audio) {
-  std::unique_ptr<ebur128_state, EbuDeleter> state(
-      ebur128_init(2, static_cast<unsigned long>(audio.sampleRate), EBUR128_MODE_I));
-  double loudness = -std::numeric_limits<double>::infinity();
-  if (!state) return loudness;
-  ebur128_add_frames_float(state.get(), audio.samples.data(), audio.frames());
-  if (ebur128_loudness_global(state.get(), &loudness) != EBUR128_SUCCESS) {
-    return -std::numeric_limits<double>::infinity();
-  }
-  return loudness;
-}
-
-double peakDb(const Audio& audio) {
-  float peak = 0.0f;
-  for (float s : audio.samples) peak = std::max(peak, std::fabs(s));
-  return 20.0 * std::log10(std::max(static_cast<double>(peak), kTinyPower));
-}
 
 BandPicture bandPicture(const Audio& audio, double gain) {
   BandPicture picture;

@@ -1,7 +1,7 @@
-// Listening with numbers: the measurements that the bank check takes of a rendered stereo signal.
-// Loudness is ITU-R BS.1770 integrated loudness through libebur128; the other figures come from a
-// short-time spectrum cut into sixth-octave bands (a coarse picture of what the ear follows over
-// time) and from long spectra for pitch. Not real-time code: everything allocates freely.
+// Listening with numbers: the measurements that the bank check takes of a rendered stereo signal,
+// besides loudness and peak (tools/host/loudness.h): a short-time spectrum cut into sixth-octave
+// bands (a coarse picture of what the ear follows over time), the share of power above a
+// frequency, and the pitch heard. Not real-time code: everything allocates freely.
 #pragma once
 
 #include <cstddef>
@@ -15,12 +15,6 @@ struct Audio {
   int sampleRate = 44100;
   std::size_t frames() const { return samples.size() / 2; }
 };
-
-// Integrated loudness in LUFS; -inf for silence.
-double integratedLoudness(const Audio& audio);
-
-// Largest absolute sample of either channel, in dBFS.
-double peakDb(const Audio& audio);
 
 // Band levels per short frame, in dB; frames follow each other without overlap.
 struct BandPicture {
