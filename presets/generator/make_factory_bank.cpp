@@ -129,8 +129,9 @@ bool readPresets(const std::string& path, std::vector<Preset>& presets, std::str
     const std::string value = trimmed(line.substr(equals + 1));
     float& normalised = presets.back().values[index];
     ziv::ModTargetList targets{};
-    const bool ok = ziv::selectorTargets(index, targets) ? normaliseTarget(targets, value, normalised, reason)
-                                                         : normalise(ziv::paramTable()[index], value, normalised, reason);
+    const bool ok = ziv::selectorTargets(index, targets)
+                        ? normaliseTarget(targets, value, normalised, reason)
+                        : normalise(ziv::paramTable()[index], value, normalised, reason);
     if (!ok) {
       return fail(parameter + ": " + reason);
     }

@@ -25,12 +25,12 @@ constexpr int kHardVelocity = 127;
 constexpr double kReferenceLoudness = -23.0;
 
 // The thresholds a factory bank meets.
-constexpr double kMedianLowest = -18.0;      // LUFS
-constexpr double kMedianHighest = -14.0;     // LUFS
-constexpr double kLoudnessTolerance = 2.0;   // LU either side of the median
-constexpr double kPeakCeilingDb = -1.0;      // dBFS
-constexpr double kMinWheelEffect = 1.0;      // dB of band-picture distance
-constexpr double kMinVelocityEffect = 1.0;   // dB of band-picture distance
+constexpr double kMedianLowest = -18.0;     // LUFS
+constexpr double kMedianHighest = -14.0;    // LUFS
+constexpr double kLoudnessTolerance = 2.0;  // LU either side of the median
+constexpr double kPeakCeilingDb = -1.0;     // dBFS
+constexpr double kMinWheelEffect = 1.0;     // dB of band-picture distance
+constexpr double kMinVelocityEffect = 1.0;  // dB of band-picture distance
 constexpr double kMinBassShareAbove200 = 0.2;
 constexpr double kMaxFundamentalCents = 50.0;
 // A bass's pitch is searched within a little more than an octave either side of its key.
@@ -47,8 +47,8 @@ constexpr double kMasterGainDbPerUnit = 49.0;
 constexpr const char* kLimiterName = "MASTER: Limiter";
 constexpr const char* kInitPatchName = "Init Patch";
 
-bool render(const std::string& pluginPath, int program, const Phrase& phrase, bool listParameters, Audio& audio,
-            std::vector<vrnhost::ParameterInfo>* parameters, std::string& error) {
+bool render(const std::string& pluginPath, int program, const Phrase& phrase, bool listParameters,
+            Audio& audio, std::vector<vrnhost::ParameterInfo>* parameters, std::string& error) {
   vrnhost::RenderJob job;
   job.pluginPath = pluginPath;
   job.sampleRate = kSampleRate;
@@ -70,7 +70,9 @@ bool titleSaysGlide(const std::string& name) {
   return name.find("Glide") != std::string::npos || name.find("Legato") != std::string::npos;
 }
 
-double cents(double hz, double referenceHz) { return 1200.0 * std::log2(hz / referenceHz); }
+double cents(double hz, double referenceHz) {
+  return 1200.0 * std::log2(hz / referenceHz);
+}
 
 struct Measured {
   ProgramFigures figures;
@@ -87,12 +89,12 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
   std::vector<vrnhost::ParameterInfo> parameters;
   if (!render(plugin, index, categoryPhrase(f.category, kPhraseVelocity, false, kSampleRate), true, base,
               &parameters, error) ||
-      !render(plugin, index, categoryPhrase(f.category, kPhraseVelocity, true, kSampleRate), false, wheel, nullptr,
-              error) ||
-      !render(plugin, index, categoryPhrase(f.category, kSoftVelocity, false, kSampleRate), false, soft, nullptr,
-              error) ||
-      !render(plugin, index, categoryPhrase(f.category, kHardVelocity, false, kSampleRate), false, hard, nullptr,
-              error)) {
+      !render(plugin, index, categoryPhrase(f.category, kPhraseVelocity, true, kSampleRate), false, wheel,
+              nullptr, error) ||
+      !render(plugin, index, categoryPhrase(f.category, kSoftVelocity, false, kSampleRate), false, soft,
+              nullptr, error) ||
+      !render(plugin, index, categoryPhrase(f.category, kHardVelocity, false, kSampleRate), false, hard,
+              nullptr, error)) {
     return false;
   }
   for (const vrnhost::ParameterInfo& info : parameters) {
@@ -103,7 +105,8 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
                        vrnhost::samplePeakDb(soft.samples), vrnhost::samplePeakDb(hard.samples)});
   f.wheelEffect = pictureDistance(bandPicture(base), bandPicture(wheel));
   f.velocityEffect = pictureDistance(bandPicture(soft), bandPicture(hard));
-  const double gain = std::isfinite(f.loudness) ? std::pow(10.0, (kReferenceLoudness - f.loudness) / 20.0) : 1.0;
+  const double gain =
+      std::isfinite(f.loudness) ? std::pow(10.0, (kReferenceLoudness - f.loudness) / 20.0) : 1.0;
   measured.picture = bandPicture(base, gain);
 
   if (f.category == Category::kPoly || f.category == Category::kPad) {
@@ -125,8 +128,8 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
       for (int w = 0; w < kPitchWindows; ++w) {
         const double from = span.fromSeconds + w * step;
         heard.push_back(periodPitchHz(held, static_cast<std::size_t>(from * kSampleRate),
-                                      static_cast<std::size_t>((from + step) * kSampleRate), key / kPitchSearchRange,
-                                      key * kPitchSearchRange));
+                                      static_cast<std::size_t>((from + step) * kSampleRate),
+                                      key / kPitchSearchRange, key * kPitchSearchRange));
       }
       std::nth_element(heard.begin(), heard.begin() + kPitchWindows / 2, heard.end());
       const double hz = heard[kPitchWindows / 2];
@@ -149,7 +152,8 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
 void findNearest(std::vector<Measured>& measured) {
   for (Measured& a : measured) {
     for (const Measured& b : measured) {
-      if (&a == &b || a.figures.category != b.figures.category || a.figures.category == Category::kNone) continue;
+      if (&a == &b || a.figures.category != b.figures.category || a.figures.category == Category::kNone)
+        continue;
       const double distance = pictureDistance(a.picture, b.picture);
       if (!(distance >= a.figures.nearestDistance)) {
         a.figures.nearestDistance = distance;
@@ -176,7 +180,8 @@ bool measureBank(const std::string& pluginPath, std::vector<ProgramFigures>& fig
   if (!vrnhost::runRenderJob(listing, names, error)) return false;
   std::vector<Measured> measured(names.programNames.size());
   for (std::size_t i = 0; i < measured.size(); ++i) {
-    if (!measureProgram(pluginPath, static_cast<int>(i), names.programNames[i], measured[i], error)) return false;
+    if (!measureProgram(pluginPath, static_cast<int>(i), names.programNames[i], measured[i], error))
+      return false;
     if (progress) progress(static_cast<int>(i + 1), static_cast<int>(measured.size()));
   }
   findNearest(measured);
@@ -200,19 +205,21 @@ std::vector<std::string> failedThresholds(const std::vector<ProgramFigures>& fig
   std::vector<std::string> failures;
   const double median = medianLoudness(figures);
   if (!(median >= kMedianLowest && median <= kMedianHighest)) {
-    failures.push_back(format("bank: median loudness %.1f LUFS, outside %.0f..%.0f", median, kMedianLowest,
-                              kMedianHighest));
+    failures.push_back(
+        format("bank: median loudness %.1f LUFS, outside %.0f..%.0f", median, kMedianLowest, kMedianHighest));
   }
   for (const ProgramFigures& f : figures) {
     auto fail = [&](const std::string& what) { failures.push_back(f.name + ": " + what); };
-    if (!(f.peakDb <= kPeakCeilingDb)) fail(format("peaks at %.1f dBFS, above %.0f", f.peakDb, kPeakCeilingDb));
+    if (!(f.peakDb <= kPeakCeilingDb))
+      fail(format("peaks at %.1f dBFS, above %.0f", f.peakDb, kPeakCeilingDb));
     if (f.name == kInitPatchName) continue;
     const double offset = f.loudness - median;
     if (!(std::fabs(offset) <= kLoudnessTolerance)) {
       fail(format("%.1f LUFS, %+.1f LU from the median (move MASTER: Gain by %+.3f)", f.loudness, offset,
                   -offset / kMasterGainDbPerUnit));
     }
-    if (!(f.wheelEffect >= kMinWheelEffect)) fail(format("the mod wheel changes only %.2f dB", f.wheelEffect));
+    if (!(f.wheelEffect >= kMinWheelEffect))
+      fail(format("the mod wheel changes only %.2f dB", f.wheelEffect));
     if (!(f.velocityEffect >= kMinVelocityEffect)) {
       fail(format("velocity changes only %.2f dB", f.velocityEffect));
     }

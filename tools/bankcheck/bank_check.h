@@ -16,14 +16,14 @@ struct ProgramFigures {
   int index = 0;
   std::string name;
   Category category = Category::kNone;
-  double loudness = NAN;      // LUFS, the category phrase at velocity 100, wheel at rest
-  double peakDb = NAN;        // the loudest sample of every render of this program
-  double chordPeakDb = NAN;   // the eight-note velocity-127 chord (polys and pads)
-  double wheelEffect = NAN;   // band-picture distance in dB, wheel at rest against fully up
-  double velocityEffect = NAN;  // the same, velocity 30 against 127
-  double shareAbove200 = NAN;   // basses: share of the phrase's power above 200 Hz
+  double loudness = NAN;                    // LUFS, the category phrase at velocity 100, wheel at rest
+  double peakDb = NAN;                      // the loudest sample of every render of this program
+  double chordPeakDb = NAN;                 // the eight-note velocity-127 chord (polys and pads)
+  double wheelEffect = NAN;                 // band-picture distance in dB, wheel at rest against fully up
+  double velocityEffect = NAN;              // the same, velocity 30 against 127
+  double shareAbove200 = NAN;               // basses: share of the phrase's power above 200 Hz
   double fundamentalCents[2] = {NAN, NAN};  // basses: pitch heard on held C1 and C2 against the key
-  double glideSemitones = NAN;  // "Glide"/"Legato" titles: how far below the second note it starts
+  double glideSemitones = NAN;   // "Glide"/"Legato" titles: how far below the second note it starts
   double nearestDistance = NAN;  // band-picture distance to the nearest program of the category
   std::string nearestName;
   bool limiter = false;  // the program's "MASTER: Limiter" is on

@@ -56,7 +56,8 @@ BandPicture bandPicture(const Audio& audio, double gain) {
   picture.levelsDb.assign(static_cast<std::size_t>(picture.frames) * kBands, kFloorDb);
   const double binHz = static_cast<double>(audio.sampleRate) / kFrame;
   for (int f = 0; f < picture.frames; ++f) {
-    const std::vector<double> power = powerSpectrum(audio, static_cast<std::size_t>(f) * kFrame, kFrame, kFrame);
+    const std::vector<double> power =
+        powerSpectrum(audio, static_cast<std::size_t>(f) * kFrame, kFrame, kFrame);
     std::vector<double> bands(kBands, 0.0);
     for (std::size_t k = 1; k < power.size(); ++k) {
       const int band = static_cast<int>(std::floor(kBandsPerOctave * std::log2(k * binHz / kLowestBandHz)));
@@ -100,7 +101,8 @@ double powerShareAbove(const Audio& audio, double hz) {
   return total > 0.0 ? above / total : 0.0;
 }
 
-double periodPitchHz(const Audio& audio, std::size_t from, std::size_t to, double lowestHz, double highestHz) {
+double periodPitchHz(const Audio& audio, std::size_t from, std::size_t to, double lowestHz,
+                     double highestHz) {
   // Dips of the normalised difference function this close to the deepest one count as equally
   // good; the shortest of them is the period (a periodic signal also repeats at twice its period).
   constexpr double kTieMargin = 0.1;
@@ -109,7 +111,8 @@ double periodPitchHz(const Audio& audio, std::size_t from, std::size_t to, doubl
   const int window = static_cast<int>(to - from);
   if (window <= 0 || minLag >= maxLag || to + maxLag > audio.frames()) return 0.0;
   std::vector<double> x;
-  for (std::size_t i = from; i < to + maxLag; ++i) x.push_back(audio.samples[2 * i] + audio.samples[2 * i + 1]);
+  for (std::size_t i = from; i < to + maxLag; ++i)
+    x.push_back(audio.samples[2 * i] + audio.samples[2 * i + 1]);
   std::vector<double> d(maxLag + 2, 1.0);
   double running = 0.0;
   for (int lag = 1; lag <= maxLag + 1; ++lag) {

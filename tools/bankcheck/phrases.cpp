@@ -23,16 +23,16 @@ struct Note {
 };
 
 // A singable line over an octave, with short and long notes, detached (not legato).
-const Note kLeadNotes[] = {{0, 0.9, 60},  {1, 0.45, 64}, {1.5, 0.45, 67}, {2, 1.9, 72}, {4, 0.45, 71},
-                           {4.5, 0.45, 67}, {5, 0.9, 69}, {6, 0.9, 65},  {7, 0.9, 64}, {8, 1.9, 60}};
+const Note kLeadNotes[] = {{0, 0.9, 60},    {1, 0.45, 64}, {1.5, 0.45, 67}, {2, 1.9, 72}, {4, 0.45, 71},
+                           {4.5, 0.45, 67}, {5, 0.9, 69},  {6, 0.9, 65},    {7, 0.9, 64}, {8, 1.9, 60}};
 // Eighth notes in the lowest two octaves, where bass lines live.
-const Note kBassNotes[] = {{0, 0.45, 24}, {0.5, 0.45, 24}, {1, 0.45, 36}, {1.5, 0.45, 24}, {2, 0.45, 31},
-                           {2.5, 0.45, 34}, {3, 0.45, 36}, {3.5, 0.45, 31}, {4, 0.45, 29}, {4.5, 0.45, 29},
-                           {5, 0.45, 36}, {5.5, 0.45, 29}, {6, 0.45, 31}, {6.5, 0.45, 34}, {7, 0.9, 24}};
+const Note kBassNotes[] = {{0, 0.45, 24}, {0.5, 0.45, 24}, {1, 0.45, 36}, {1.5, 0.45, 24},
+                           {2, 0.45, 31}, {2.5, 0.45, 34}, {3, 0.45, 36}, {3.5, 0.45, 31},
+                           {4, 0.45, 29}, {4.5, 0.45, 29}, {5, 0.45, 36}, {5.5, 0.45, 29},
+                           {6, 0.45, 31}, {6.5, 0.45, 34}, {7, 0.9, 24}};
 // Four-note chords in C3-C4, one every two beats.
-const Note kPolyNotes[] = {{0, 1.8, 48}, {0, 1.8, 52}, {0, 1.8, 55}, {0, 1.8, 59},
-                           {2, 1.8, 50}, {2, 1.8, 53}, {2, 1.8, 57}, {2, 1.8, 60},
-                           {4, 1.8, 52}, {4, 1.8, 55}, {4, 1.8, 59}, {4, 1.8, 60},
+const Note kPolyNotes[] = {{0, 1.8, 48}, {0, 1.8, 52}, {0, 1.8, 55}, {0, 1.8, 59}, {2, 1.8, 50}, {2, 1.8, 53},
+                           {2, 1.8, 57}, {2, 1.8, 60}, {4, 1.8, 52}, {4, 1.8, 55}, {4, 1.8, 59}, {4, 1.8, 60},
                            {6, 1.8, 48}, {6, 1.8, 52}, {6, 1.8, 55}, {6, 1.8, 60}};
 // Pads hold each chord for three bars' worth of time so slow attacks arrive.
 const Note kPadNotes[] = {{0, 6, 48}, {0, 6, 52}, {0, 6, 55}, {0, 6, 59},
@@ -54,7 +54,8 @@ Phrase phraseOf(const Note (&notes)[N], int velocity, bool wheelUp, int sampleRa
   double end = 0.0;
   for (const Note& note : notes) {
     const auto key = static_cast<std::uint8_t>(note.key);
-    phrase.events.push_back({toFrame(note.start * kBeat, sampleRate), {kNoteOn, key, static_cast<std::uint8_t>(velocity)}});
+    phrase.events.push_back(
+        {toFrame(note.start * kBeat, sampleRate), {kNoteOn, key, static_cast<std::uint8_t>(velocity)}});
     phrase.events.push_back({toFrame((note.start + note.length) * kBeat, sampleRate), {kNoteOff, key, 0}});
     end = std::max(end, (note.start + note.length) * kBeat);
   }
@@ -75,7 +76,8 @@ const NoteSpan kBassNoteSpans[2] = {{24, 0.05, 0.45}, {36, 1.55, 1.95}};
 
 Category categoryOf(const std::string& programName) {
   const std::string word = programName.substr(0, programName.find(' '));
-  for (Category category : {Category::kLead, Category::kBass, Category::kPoly, Category::kPad, Category::kFx}) {
+  for (Category category :
+       {Category::kLead, Category::kBass, Category::kPoly, Category::kPad, Category::kFx}) {
     if (word == categoryWord(category)) return category;
   }
   return Category::kNone;
@@ -116,12 +118,20 @@ Phrase categoryPhrase(Category category, int velocity, bool wheelUp, int sampleR
   }
 }
 
-Phrase fullChord(int sampleRate) { return phraseOf(kChordNotes, 127, false, sampleRate); }
+Phrase fullChord(int sampleRate) {
+  return phraseOf(kChordNotes, 127, false, sampleRate);
+}
 
-Phrase heldBassNotes(int sampleRate) { return phraseOf(kHeldBassNotes, 100, false, sampleRate); }
+Phrase heldBassNotes(int sampleRate) {
+  return phraseOf(kHeldBassNotes, 100, false, sampleRate);
+}
 
-Phrase overlappingPair(int sampleRate) { return phraseOf(kPairNotes, 100, false, sampleRate); }
+Phrase overlappingPair(int sampleRate) {
+  return phraseOf(kPairNotes, 100, false, sampleRate);
+}
 
-double noteHz(double note) { return 440.0 * std::pow(2.0, (note - 69.0) / 12.0); }
+double noteHz(double note) {
+  return 440.0 * std::pow(2.0, (note - 69.0) / 12.0);
+}
 
 }  // namespace bankcheck

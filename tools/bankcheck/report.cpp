@@ -66,9 +66,10 @@ bool readDescriptions(const std::string& path, std::map<std::string, std::string
 std::string summaryText(const std::vector<ProgramFigures>& figures) {
   const Spread spread = loudnessSpread(figures);
   std::ostringstream out;
-  out << "Loudness: median " << number("%.1f", spread.median) << " LUFS, from " << number("%.1f", spread.lowest)
-      << " (" << spread.lowestName << ") to " << number("%.1f", spread.highest) << " (" << spread.highestName
-      << "), at most " << number("%.1f", spread.largestOffset) << " LU from the median.\n";
+  out << "Loudness: median " << number("%.1f", spread.median) << " LUFS, from "
+      << number("%.1f", spread.lowest) << " (" << spread.lowestName << ") to "
+      << number("%.1f", spread.highest) << " (" << spread.highestName << "), at most "
+      << number("%.1f", spread.largestOffset) << " LU from the median.\n";
   double loudestPeak = -INFINITY, loudestChord = -INFINITY;
   std::string peakName;
   int limited = 0;
@@ -80,16 +81,17 @@ std::string summaryText(const std::vector<ProgramFigures>& figures) {
   out << "Peaks: highest " << number("%.1f", loudestPeak) << " dBFS (" << peakName
       << "); eight-note velocity-127 chords of polys and pads at most " << number("%.1f", loudestChord)
       << " dBFS; " << limited << " programs use the limiter.\n";
-  auto weakest = [&](double ProgramFigures::*field, const char* what) {
-    const ProgramFigures* least = nullptr;
+  // The program with the smallest value of a figure, named with the figure's value.
+  auto least = [&](double ProgramFigures::*field) {
+    const ProgramFigures* found = nullptr;
     for (const ProgramFigures& f : figures) {
-      if (f.category != Category::kNone && (!least || f.*field < least->*field)) least = &f;
+      if (f.category != Category::kNone && (!found || f.*field < found->*field)) found = &f;
     }
-    if (least) out << what << ": smallest effect " << number("%.2f", least->*field) << " dB (" << least->name << ").\n";
+    return found ? number("%.2f", found->*field) + " dB (" + found->name + ")" : std::string("none");
   };
-  weakest(&ProgramFigures::wheelEffect, "Mod wheel");
-  weakest(&ProgramFigures::velocityEffect, "Velocity");
-  weakest(&ProgramFigures::nearestDistance, "Nearest pair");
+  out << "Mod wheel: the smallest change is " << least(&ProgramFigures::wheelEffect) << ".\n"
+      << "Velocity: the smallest change is " << least(&ProgramFigures::velocityEffect) << ".\n"
+      << "Nearest program: the closest is " << least(&ProgramFigures::nearestDistance) << " away.\n";
   return out.str();
 }
 
@@ -99,7 +101,8 @@ std::string figuresPage(const std::vector<ProgramFigures>& figures,
   out << "# The factory bank in figures\n\n"
       << "Written by `build/bankcheck` (tools/bankcheck), which renders every program through the built\n"
       << "plug-in with its category's phrase (leads a melody in C4-C5, basses a line in C1-C2, polys\n"
-      << "four-note chords in C3-C4, pads slower chords, FX a held C4; velocity 100 at 120 BPM) and measures\n"
+      << "four-note chords in C3-C4, pads slower chords, FX a held C4; velocity 100 at 120 BPM) and "
+         "measures\n"
       << "it. Re-run it after any change to the engine or the bank:\n\n"
       << "    build/bankcheck --source presets/factory.txt --table docs/factory-bank.md build/VrnZIV.so\n\n"
       << "- LUFS: integrated loudness of the phrase (ITU-R BS.1770, libebur128).\n"

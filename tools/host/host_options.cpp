@@ -100,7 +100,8 @@ const std::vector<OptionRow>& optionTable() {
        "play each track of the MIDI file through its own plug-in instance, on the program its track name "
        "names, and mix them (a track's controller 7 is its fader)",
        flag(&HostOptions::tracks)},
-      {"loudness", 0, "LUFS", "bring the output to this integrated loudness, a limiter keeping its peaks at or below -1 dBFS",
+      {"loudness", 0, "LUFS",
+       "bring the output to this integrated loudness, a limiter keeping its peaks at or below -1 dBFS",
        number(&HostOptions::targetLoudness, -60, -1, "--loudness")},
       {"load", 0, "FILE",
        "load a .fxp program or .fxb bank into the plug-in first (before --program and --set)",

@@ -25,7 +25,8 @@ double integratedLoudness(const std::vector<float>& interleaved, int channels, i
       ebur128_init(static_cast<unsigned>(channels), static_cast<unsigned long>(sampleRate), EBUR128_MODE_I));
   double loudness = kMinusInfinity;
   if (!state ||
-      ebur128_add_frames_float(state.get(), interleaved.data(), interleaved.size() / channels) != EBUR128_SUCCESS ||
+      ebur128_add_frames_float(state.get(), interleaved.data(), interleaved.size() / channels) !=
+          EBUR128_SUCCESS ||
       ebur128_loudness_global(state.get(), &loudness) != EBUR128_SUCCESS) {
     return kMinusInfinity;
   }

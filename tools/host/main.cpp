@@ -124,8 +124,8 @@ void printSummary(const HostOptions& options, const RenderResult& result) {
   double seconds = static_cast<double>(result.frames) / options.sampleRate;
   std::printf("%s: %.3f s, %d Hz, stereo, %s\n", options.outputPath.c_str(), seconds, options.sampleRate,
               options.format == SampleFormat::kFloat32 ? "32-bit float" : "24-bit");
-  std::printf("loudness %.1f LUFS, peak %.1f dBFS\n", integratedLoudness(result.samples, 2, options.sampleRate),
-              samplePeakDb(result.samples));
+  std::printf("loudness %.1f LUFS, peak %.1f dBFS\n",
+              integratedLoudness(result.samples, 2, options.sampleRate), samplePeakDb(result.samples));
   if (result.pluginCpuSeconds > 0.0) {
     std::printf("plug-in CPU time %.3f s, real-time factor %.1f\n", result.pluginCpuSeconds,
                 seconds / result.pluginCpuSeconds);
@@ -190,7 +190,8 @@ int main(int argc, char** argv) {
     return fail(error);
   }
   if (!options.quiet) {
-    for (std::size_t i = 0; i < trackPrograms.size(); ++i) std::printf("track %zu: %s\n", i + 1, trackPrograms[i].c_str());
+    for (std::size_t i = 0; i < trackPrograms.size(); ++i)
+      std::printf("track %zu: %s\n", i + 1, trackPrograms[i].c_str());
     printSummary(options, result);
   }
   return 0;

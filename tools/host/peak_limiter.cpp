@@ -21,7 +21,8 @@ void limitPeaks(std::vector<float>& interleaved, int sampleRate, double ceilingD
   const std::size_t frames = interleaved.size() / 2;
   if (frames == 0 || sampleRate <= 0) return;
   const double ceiling = std::pow(10.0, ceilingDb / 20.0);
-  const std::size_t window = std::max<std::size_t>(1, static_cast<std::size_t>(kLookAheadSeconds * sampleRate));
+  const std::size_t window =
+      std::max<std::size_t>(1, static_cast<std::size_t>(kLookAheadSeconds * sampleRate));
 
   std::vector<double> needed(frames);
   for (std::size_t i = 0; i < frames; ++i) {

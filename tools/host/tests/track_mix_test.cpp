@@ -1,12 +1,13 @@
 // The multi-track mixer (with a stand-in job runner, so no plug-in is needed), the mastering limiter
 // and loudness normalisation.
+#include "tools/host/track_mix.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "tools/host/loudness.h"
 #include "tools/host/peak_limiter.h"
-#include "tools/host/track_mix.h"
 
 namespace vrnhost {
 namespace {
@@ -49,7 +50,8 @@ TEST(TrackMix, EachTrackWithNotesPlaysItsOwnProgramThroughItsFader) {
   std::vector<std::string> programs;
   std::string error;
   ASSERT_TRUE(renderTrackMix(job, tracks, stand.runner(), mix, programs, error)) << error;
-  EXPECT_EQ(programs, (std::vector<std::string>{"PAD - A", "BASS - B", "LEAD - C"})) << "the tempo track is skipped";
+  EXPECT_EQ(programs, (std::vector<std::string>{"PAD - A", "BASS - B", "LEAD - C"}))
+      << "the tempo track is skipped";
   ASSERT_EQ(stand.jobs.size(), 3u);
   EXPECT_EQ(stand.jobs[1].programName, "BASS - B");
   EXPECT_EQ(stand.jobs[1].program, -1) << "the track's name chooses the program";
@@ -101,7 +103,8 @@ TEST(PeakLimiter, HoldsPeaksAtTheCeilingAndLeavesQuietPassagesAlone) {
   for (std::size_t frame = 0; frame < original.size() / 2; ++frame) {
     if (std::fabs(original[2 * frame]) < 0.05f) continue;
     const double gain = x[2 * frame] / original[2 * frame];
-    if (frame > previousFrame) steepest = std::max(steepest, std::fabs(gain - previousGain) / (frame - previousFrame));
+    if (frame > previousFrame)
+      steepest = std::max(steepest, std::fabs(gain - previousGain) / (frame - previousFrame));
     previousGain = gain;
     previousFrame = frame;
   }
