@@ -47,8 +47,9 @@ constexpr double kMasterGainDbPerUnit = 49.0;
 constexpr const char* kLimiterName = "MASTER: Limiter";
 constexpr const char* kInitPatchName = "Init Patch";
 
-bool render(const std::string& pluginPath, int program, const Phrase& phrase, bool listParameters,
-            Audio& audio, std::vector<vrnhost::ParameterInfo>* parameters, std::string& error) {
+// Renders the phrase on the program; with `parameters`, also lists the program's parameter displays.
+bool render(const std::string& pluginPath, int program, const Phrase& phrase, Audio& audio,
+            std::string& error, std::vector<vrnhost::ParameterInfo>* parameters = nullptr) {
   vrnhost::RenderJob job;
   job.pluginPath = pluginPath;
   job.sampleRate = kSampleRate;
@@ -56,7 +57,7 @@ bool render(const std::string& pluginPath, int program, const Phrase& phrase, bo
   job.program = program;
   job.events = phrase.events;
   job.frames = phrase.frames;
-  job.listParameters = listParameters;
+  job.listParameters = parameters != nullptr;
   std::srand(kRandomSeed);
   vrnhost::RenderResult result;
   if (!vrnhost::runRenderJob(job, result, error)) return false;
@@ -87,14 +88,13 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
   f.category = categoryOf(name);
   Audio base, wheel, soft, hard;
   std::vector<vrnhost::ParameterInfo> parameters;
-  if (!render(plugin, index, categoryPhrase(f.category, kPhraseVelocity, false, kSampleRate), true, base,
-              &parameters, error) ||
-      !render(plugin, index, categoryPhrase(f.category, kPhraseVelocity, true, kSampleRate), false, wheel,
-              nullptr, error) ||
-      !render(plugin, index, categoryPhrase(f.category, kSoftVelocity, false, kSampleRate), false, soft,
-              nullptr, error) ||
-      !render(plugin, index, categoryPhrase(f.category, kHardVelocity, false, kSampleRate), false, hard,
-              nullptr, error)) {
+  auto phrase = [&](int velocity, bool wheelUp) {
+    return categoryPhrase(f.category, velocity, wheelUp, kSampleRate);
+  };
+  if (!render(plugin, index, phrase(kPhraseVelocity, false), base, error, &parameters) ||
+      !render(plugin, index, phrase(kPhraseVelocity, true), wheel, error) ||
+      !render(plugin, index, phrase(kSoftVelocity, false), soft, error) ||
+      !render(plugin, index, phrase(kHardVelocity, false), hard, error)) {
     return false;
   }
   for (const vrnhost::ParameterInfo& info : parameters) {
@@ -111,14 +111,14 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
 
   if (f.category == Category::kPoly || f.category == Category::kPad) {
     Audio chord;
-    if (!render(plugin, index, fullChord(kSampleRate), false, chord, nullptr, error)) return false;
+    if (!render(plugin, index, fullChord(kSampleRate), chord, error)) return false;
     f.chordPeakDb = vrnhost::samplePeakDb(chord.samples);
     f.peakDb = std::max(f.peakDb, f.chordPeakDb);
   }
   if (f.category == Category::kBass) {
     f.shareAbove200 = powerShareAbove(base, 200.0);
     Audio held;
-    if (!render(plugin, index, heldBassNotes(kSampleRate), false, held, nullptr, error)) return false;
+    if (!render(plugin, index, heldBassNotes(kSampleRate), held, error)) return false;
     for (int i = 0; i < 2; ++i) {
       const NoteSpan& span = kBassNoteSpans[i];
       const double key = noteHz(span.note);
@@ -138,7 +138,7 @@ bool measureProgram(const std::string& plugin, int index, const std::string& nam
   }
   if (titleSaysGlide(name)) {
     Audio pair;
-    if (!render(plugin, index, overlappingPair(kSampleRate), false, pair, nullptr, error)) return false;
+    if (!render(plugin, index, overlappingPair(kSampleRate), pair, error)) return false;
     // 30 to 70 ms after the second key: a glide is on its way, a jump has long arrived.
     const auto from = static_cast<std::size_t>((kPairSecondStartSeconds + 0.03) * kSampleRate);
     const auto to = static_cast<std::size_t>((kPairSecondStartSeconds + 0.07) * kSampleRate);

@@ -66,7 +66,7 @@ check_program_files() {  # prefix plugin [vrnhost options...]
   cmp "$dir/warm.fxp" "$dir/warm-again.fxp" || fail "a loaded program saves differently"
   "$VRNHOST" "$@" --load "$dir/warm.fxp" --list-programs "$plugin" | head -1 | grep -q '^  0  PAD - Warm Pad$' \
     || fail "the loaded program did not replace program 0"
-  render_and_check "$dir/render.wav" 44100 120 "$@" --load "$dir/factory.fxb" --program-name "BASS - Acid Line" "$plugin"
+  render_and_check "$dir/render.wav" 44100 120 "$@" --load "$dir/factory.fxb" --program-name "BASS - Acid Bass" "$plugin"
 }
 
 need_windows_build() {
