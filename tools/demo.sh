@@ -14,7 +14,7 @@ mkdir -p "$root/out"
 # long notes bring in vibrato with the mod wheel, a noise riser and two impacts.
 "$root/build/vrnhost" --midi "$root/tools/demo/afterglow.mid" --tracks --loudness -14 --tail 4 \
   --out "$root/out/demo.wav" "$root/build/VrnZIV.so"
-sox "$root/out/demo.wav" -n spectrogram -x 1200 -y 513 -z 90 -t "Vrn ZIV: Afterglow" -o "$root/out/demo.png"
+sox -V1 "$root/out/demo.wav" -n spectrogram -x 1200 -y 513 -z 90 -t "Vrn ZIV: Afterglow" -o "$root/out/demo.png"
 
 cat <<TEXT
 
