@@ -461,6 +461,7 @@ TEST(MixChain, EchoesOutliveTheSoundThenTheChainIdles) {
 TEST(MixChain, InTheEngineEchoesOutliveTheVoices) {
   testing::TestHost host;
   VstTest& plugin = host.plugin();
+  plugin.initProgram();  // a plain saw, whatever sound the factory bank starts on
   plugin.setParameter(kDelaySend, 1.0f);
   plugin.setParameter(kDelayFeedback, 0.5f);
   plugin.setParameter(kMasterLimiter, 1.0f);

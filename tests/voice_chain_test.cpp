@@ -19,8 +19,10 @@ using testing::TestHost;
 
 constexpr int kBlock = 256;
 
-// One plain source, both filters open, no shaping, instant attack, full sustain.
+// One plain source, both filters open, no shaping, instant attack, full sustain; from the init
+// patch, so that no factory program's modulation or resonance is left over.
 void plainPatch(TestHost& host) {
+  host.plugin().initProgram();
   host.setPhysical(kOsc1Gain, 1.0f);
   host.setPhysical(kOsc2Gain, 0.0f);
   host.setPhysical(kSubGain, 0.0f);

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/modulation/mod_routing.h"
 #include "plugin/parameter_table.h"
 #include "programs/factory_bank.h"
 #include "programs/program_format.h"
@@ -44,6 +45,21 @@ std::vector<float> defaultValues() {
   for (int i = 0; i < ziv::kLegacyParamCount; ++i)
     values.push_back(ziv::normalisedDefault(ziv::paramTable()[i]));
   return values;
+}
+
+// A modulation target's name ("FILTER 1: Cutoff", or "none") to the selector value that picks it.
+bool normaliseTarget(const ziv::ModTargetList& list, const std::string& text, float& normalised,
+                     std::string& error) {
+  for (int position = 0; position < list.count; ++position) {
+    const int target = list.targets[position];
+    const char* name = target == ziv::kNoModTarget ? "none" : ziv::paramTable()[target].name;
+    if (text == name) {
+      normalised = static_cast<float>(position) / static_cast<float>(list.count - 1);
+      return true;
+    }
+  }
+  error = "'" + text + "' is not a target of this source";
+  return false;
 }
 
 // A physical value ("0.35", "-1", or a choice's name) to the normalised value of `info`.
@@ -112,8 +128,13 @@ bool readPresets(const std::string& path, std::vector<Preset>& presets, std::str
     if (index < 0 || index >= ziv::kHostParamCount) return fail("no parameter named '" + parameter + "'");
     if (index >= ziv::kLegacyParamCount) return fail("'" + parameter + "' is not stored in the factory bank");
     std::string reason;
-    if (!normalise(ziv::paramTable()[index], trimmed(line.substr(equals + 1)), presets.back().values[index],
-                   reason)) {
+    const std::string value = trimmed(line.substr(equals + 1));
+    float& normalised = presets.back().values[index];
+    const ziv::ModTargetList targets = ziv::modTargetsOfSelector(index);
+    const bool ok = targets.count > 0
+                        ? normaliseTarget(targets, value, normalised, reason)
+                        : normalise(ziv::paramTable()[index], value, normalised, reason);
+    if (!ok) {
       return fail(parameter + ": " + reason);
     }
   }

@@ -96,6 +96,13 @@ const std::vector<OptionRow>& optionTable() {
       {"out", 'o', "FILE", "WAV file to write (default out.wav)", text(&HostOptions::outputPath)},
       {"midi", 'm', "FILE", "Standard MIDI File to play (default: the built-in demo phrase)",
        text(&HostOptions::midiPath)},
+      {"tracks", 0, nullptr,
+       "play each track of the MIDI file through its own plug-in instance, on the program its track name "
+       "names, and mix them (a track's controller 7 is its fader)",
+       flag(&HostOptions::tracks)},
+      {"loudness", 0, "LUFS",
+       "bring the output to this integrated loudness, a limiter keeping its peaks at or below -1 dBFS",
+       number(&HostOptions::targetLoudness, -60, -1, "--loudness")},
       {"load", 0, "FILE",
        "load a .fxp program or .fxb bank into the plug-in first (before --program and --set)",
        text(&HostOptions::loadPath)},
@@ -203,6 +210,10 @@ bool parseHostOptions(const std::vector<std::string>& args, HostOptions& options
   if (options.help) return true;
   if (options.program >= 0 && !options.programName.empty()) {
     error = "give --program or --program-name, not both";
+    return false;
+  }
+  if (options.tracks && options.midiPath.empty()) {
+    error = "--tracks needs a MIDI file (--midi)";
     return false;
   }
   if (!options.saveProgramPath.empty() && !options.saveBankPath.empty()) {

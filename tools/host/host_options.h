@@ -14,6 +14,8 @@ struct HostOptions {
   std::string pluginPath;
   std::string outputPath = "out.wav";
   std::string midiPath;         // empty: the built-in demo phrase
+  bool tracks = false;          // each MIDI track through its own instance, mixed
+  double targetLoudness = 0.0;  // LUFS to scale the output to; 0: leave the level alone
   std::string loadPath;         // a .fxp or .fxb file to load before playing; empty: none
   int program = -1;             // -1: the plug-in's own start-up program
   std::string programName;      // empty: no program chosen by name

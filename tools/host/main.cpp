@@ -18,15 +18,21 @@
 #include "tools/host/demo_phrase.h"
 #include "tools/host/editor_script.h"
 #include "tools/host/host_options.h"
+#include "tools/host/loudness.h"
 #include "tools/host/midi_file.h"
 #include "tools/host/progress_display.h"
 #include "tools/host/render_session.h"
+#include "tools/host/track_mix.h"
 #include "tools/host/wav_file.h"
 #include "tools/host/wine_bridge.h"
 
 namespace {
 
 using namespace vrnhost;
+
+// The highest peak that --loudness lets through, leaving room for the inter-sample overs of
+// lossy encoders and converters.
+constexpr double kPeakCeilingDb = -1.0;
 
 int fail(const std::string& message) {
   std::fprintf(stderr, "vrnhost: %s\n", message.c_str());
@@ -175,6 +181,8 @@ void printSummary(const HostOptions& options, const RenderResult& result) {
   double seconds = static_cast<double>(result.frames) / options.sampleRate;
   std::printf("%s: %.3f s, %d Hz, stereo, %s\n", options.outputPath.c_str(), seconds, options.sampleRate,
               options.format == SampleFormat::kFloat32 ? "32-bit float" : "24-bit");
+  std::printf("loudness %.1f LUFS, peak %.1f dBFS\n",
+              integratedLoudness(result.samples, 2, options.sampleRate), samplePeakDb(result.samples));
   if (result.pluginCpuSeconds > 0.0) {
     std::printf("plug-in CPU time %.3f s, real-time factor %.1f\n", result.pluginCpuSeconds,
                 seconds / result.pluginCpuSeconds);
@@ -205,18 +213,27 @@ int main(int argc, char** argv) {
   const bool listing = options.listParameters || options.listPrograms;
   ProgressDisplay display(!options.quiet && !listing, options.sampleRate);
   ProgressFn progress = [&display](std::int64_t done, std::int64_t total) { display.update(done, total); };
-  RenderResult result;
-  bool ok = false;
+  WineSettings wine;
   if (isWindowsPlugin(job.pluginPath)) {
-    WineSettings wine;
     wine.wine = options.wine;
     wine.windowsHost = locateWindowsHost(options.windowsHost, job.pluginPath, error);
-    ok = !wine.windowsHost.empty() && runJobUnderWine(job, wine, result, error, progress);
-  } else {
-    ok = runRenderJob(job, result, error, progress);
+    if (wine.windowsHost.empty()) return fail(error);
   }
+  JobRunner run = [&](const RenderJob& one, RenderResult& result, std::string& reason) {
+    return wine.windowsHost.empty() ? runRenderJob(one, result, reason, progress)
+                                    : runJobUnderWine(one, wine, result, reason, progress);
+  };
+  RenderResult result;
+  std::vector<MidiTrack> tracks;
+  std::vector<std::string> trackPrograms;
+  const bool ok = options.tracks ? readMidiTracks(options.midiPath, tracks, error) &&
+                                       renderTrackMix(job, tracks, run, result, trackPrograms, error)
+                                 : run(job, result, error);
   display.finish();
   if (!ok) return fail(error);
+  if (options.targetLoudness < 0.0) {
+    normaliseLoudness(result.samples, options.sampleRate, options.targetLoudness, kPeakCeilingDb);
+  }
 
   const std::string& savePath =
       !options.saveProgramPath.empty() ? options.saveProgramPath : options.saveBankPath;
@@ -231,6 +248,10 @@ int main(int argc, char** argv) {
   if (!writeWav(options.outputPath, result.samples, 2, options.sampleRate, options.format, error)) {
     return fail(error);
   }
-  if (!options.quiet) printSummary(options, result);
+  if (!options.quiet) {
+    for (std::size_t i = 0; i < trackPrograms.size(); ++i)
+      std::printf("track %zu: %s\n", i + 1, trackPrograms[i].c_str());
+    printSummary(options, result);
+  }
   return 0;
 }

@@ -77,27 +77,34 @@ class MidiFileTest : public ::testing::Test {
     path_ = pattern;
   }
   void TearDown() override { std::remove(path_.c_str()); }
+
+  void writeTwoTrackFile() {
+    smf_t* smf = smf_new();
+    ASSERT_EQ(smf_set_ppqn(smf, 96), 0);
+    smf_track_t* tempoTrack = smf_track_new();
+    smf_track_t* notes = smf_track_new();
+    smf_add_track(smf, tempoTrack);
+    smf_add_track(smf, notes);
+    unsigned char slow[] = {0xFF, 0x51, 0x03, 0x09, 0x27, 0xC0};  // 600000 µs: 100 BPM
+    unsigned char fast[] = {0xFF, 0x51, 0x03, 0x04, 0x93, 0xE0};  // 300000 µs: 200 BPM
+    unsigned char name[] = {0xFF, 0x03, 0x0B, 'L', 'E', 'A', 'D', ' ', '-', ' ', 'T', 'e', 's', 't'};
+    smf_track_add_event_pulses(tempoTrack, smf_event_new_from_pointer(slow, sizeof(slow)), 0);
+    smf_track_add_event_pulses(tempoTrack, smf_event_new_from_pointer(fast, sizeof(fast)), 192);
+    smf_track_add_event_pulses(notes, smf_event_new_from_pointer(name, sizeof(name)), 0);
+    smf_track_add_event_pulses(notes, smf_event_new_from_bytes(0x90, 64, 90), 96);
+    smf_track_add_event_pulses(notes, smf_event_new_from_bytes(0xC0, 3, -1), 192);
+    smf_track_add_event_pulses(notes, smf_event_new_from_bytes(0x80, 64, 0), 288);
+    ASSERT_EQ(smf_save(smf, path_.c_str()), 0);
+    smf_delete(smf);
+  }
+
   std::string path_;
 };
 
-// Two tracks; 96 pulses per quarter; 100 BPM for the first two beats, then 200 BPM.
+// Two tracks; 96 pulses per quarter; 100 BPM for the first two beats, then 200 BPM. The second
+// track is named and holds one note and a program change.
 TEST_F(MidiFileTest, FollowsTheTempoMapAndSkipsMetaEvents) {
-  smf_t* smf = smf_new();
-  ASSERT_EQ(smf_set_ppqn(smf, 96), 0);
-  smf_track_t* tempoTrack = smf_track_new();
-  smf_track_t* notes = smf_track_new();
-  smf_add_track(smf, tempoTrack);
-  smf_add_track(smf, notes);
-  unsigned char slow[] = {0xFF, 0x51, 0x03, 0x09, 0x27, 0xC0};  // 600000 µs: 100 BPM
-  unsigned char fast[] = {0xFF, 0x51, 0x03, 0x04, 0x93, 0xE0};  // 300000 µs: 200 BPM
-  smf_track_add_event_pulses(tempoTrack, smf_event_new_from_pointer(slow, sizeof(slow)), 0);
-  smf_track_add_event_pulses(tempoTrack, smf_event_new_from_pointer(fast, sizeof(fast)), 192);
-  smf_track_add_event_pulses(notes, smf_event_new_from_bytes(0x90, 64, 90), 96);
-  smf_track_add_event_pulses(notes, smf_event_new_from_bytes(0xC0, 3, -1), 192);
-  smf_track_add_event_pulses(notes, smf_event_new_from_bytes(0x80, 64, 0), 288);
-  ASSERT_EQ(smf_save(smf, path_.c_str()), 0);
-  smf_delete(smf);
-
+  writeTwoTrackFile();
   MidiSequence sequence;
   std::string error;
   ASSERT_TRUE(readMidiFile(path_, sequence, error)) << error;
@@ -110,6 +117,20 @@ TEST_F(MidiFileTest, FollowsTheTempoMapAndSkipsMetaEvents) {
   EXPECT_NEAR(sequence.messages[2].seconds, 1.5, 1e-9);  // the third beat at 200 BPM
 }
 
+TEST_F(MidiFileTest, TracksKeepTheirNamesAndTheSharedTempoMap) {
+  writeTwoTrackFile();
+  std::vector<MidiTrack> tracks;
+  std::string error;
+  ASSERT_TRUE(readMidiTracks(path_, tracks, error)) << error;
+  ASSERT_EQ(tracks.size(), 2u);
+  EXPECT_EQ(tracks[0].name, "");
+  EXPECT_TRUE(tracks[0].sequence.messages.empty()) << "tempo changes are not channel messages";
+  EXPECT_EQ(tracks[1].name, "LEAD - Test");
+  EXPECT_DOUBLE_EQ(tracks[1].sequence.tempo, 100.0);
+  ASSERT_EQ(tracks[1].sequence.messages.size(), 3u);
+  EXPECT_NEAR(tracks[1].sequence.messages[2].seconds, 1.5, 1e-9) << "timed by the tempo track";
+}
+
 TEST_F(MidiFileTest, RefusesFilesThatAreNotMidi) {
   FILE* file = std::fopen(path_.c_str(), "w");
   std::fputs("RIFF this is no MIDI file", file);
@@ -120,6 +141,8 @@ TEST_F(MidiFileTest, RefusesFilesThatAreNotMidi) {
   EXPECT_NE(error.find("cannot read MIDI file"), std::string::npos) << error;
   EXPECT_EQ(error.find('\n'), std::string::npos) << error;
   EXPECT_FALSE(readMidiFile("/nonexistent.mid", sequence, error));
+  std::vector<MidiTrack> tracks;
+  EXPECT_FALSE(readMidiTracks(path_, tracks, error));
 }
 
 }  // namespace

@@ -64,6 +64,14 @@ TEST(HostOptions, ProgramFileOptions) {
   EXPECT_TRUE(options.listPrograms);
 }
 
+TEST(HostOptions, TrackMixOptions) {
+  HostOptions options;
+  std::string error;
+  ASSERT_TRUE(parse({"--midi", "song.mid", "--tracks", "--loudness", "-14", "a.so"}, options, error)) << error;
+  EXPECT_TRUE(options.tracks);
+  EXPECT_DOUBLE_EQ(options.targetLoudness, -14.0);
+}
+
 TEST(HostOptions, RefusesMistakesWithAMessage) {
   const std::vector<std::vector<std::string>> cases = {
       {},
@@ -85,6 +93,8 @@ TEST(HostOptions, RefusesMistakesWithAMessage) {
       {"--program", "1", "--program-name", "Init Patch", "a.so"},
       {"--save-fxp", "a.fxp", "--save-fxb", "a.fxb", "a.so"},
       {"--load", "bank.txt", "a.so"},
+      {"--tracks", "a.so"},
+      {"--loudness", "3", "a.so"},
   };
   for (const auto& args : cases) {
     HostOptions options;

@@ -66,7 +66,7 @@ check_program_files() {  # prefix plugin [vrnhost options...]
   cmp "$dir/warm.fxp" "$dir/warm-again.fxp" || fail "a loaded program saves differently"
   "$VRNHOST" "$@" --load "$dir/warm.fxp" --list-programs "$plugin" | head -1 | grep -q '^  0  PAD - Warm Pad$' \
     || fail "the loaded program did not replace program 0"
-  render_and_check "$dir/render.wav" 44100 120 "$@" --load "$dir/factory.fxb" --program-name "BASS - Acid Line" "$plugin"
+  render_and_check "$dir/render.wav" 44100 120 "$@" --load "$dir/factory.fxb" --program-name "BASS - Acid Bass" "$plugin"
 }
 
 need_windows_build() {
@@ -95,6 +95,16 @@ case "$1" in
     ;;
   programs-so)
     check_program_files so "$PLUGIN_SO"
+    ;;
+  demo-song-so)
+    # The demo song: one instance per track, mixed to -14 LUFS with peaks at or below -1 dBFS.
+    "$VRNHOST" --midi "$DEMO_SONG" --tracks --loudness -14 --out "$OUT_DIR/song.wav" "$PLUGIN_SO" \
+      >"$OUT_DIR/song.txt"
+    cat "$OUT_DIR/song.txt"
+    [[ $(grep -c '^track ' "$OUT_DIR/song.txt") -ge 4 ]] || fail "the song plays fewer than four tracks"
+    awk '/^loudness/ { if ($2 < -14.5 || $2 > -13.5 || $5 > -1.0) exit 1; found = 1 } END { exit !found }' \
+      "$OUT_DIR/song.txt" || fail "song not at -14 LUFS and -1 dBFS: $(grep '^loudness' "$OUT_DIR/song.txt")"
+    "$WAV_CHECK" "$OUT_DIR/song.wav" --rate 44100 --channels 2 --sound
     ;;
   bad-arguments)
     echo "not a plug-in" >"$OUT_DIR/not-a-plugin.so"
