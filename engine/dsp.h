@@ -14,6 +14,15 @@ constexpr int kVoiceCount = 64;
 // 2^-20: a voice, filter or effect whose recent output stays at or below this is quiet.
 constexpr float kSilence = 9.5367431640625e-7f;
 
+// The sample rates the engine runs at. Set-up that is handed another rate (zero, negative, NaN,
+// infinite or absurd) ignores it and keeps the last good one: rates become ring lengths and
+// look-ahead counts, and filters above Nyquist at a tiny rate run away.
+constexpr float kMinSampleRate = 8000.0f;
+constexpr float kMaxSampleRate = 768000.0f;
+inline bool usableSampleRate(float rate) {
+  return rate >= kMinSampleRate && rate <= kMaxSampleRate;
+}
+
 constexpr float kPi = 3.14159265358979323846f;
 constexpr float kTwoPi = 2.0f * kPi;
 

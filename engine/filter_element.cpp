@@ -21,7 +21,7 @@ constexpr double kFlushThreshold = 1e-20;
 }  // namespace
 
 void FilterElement::setSampleRate(float rate) {
-  if (rate > 0.0f) sampleRate_ = rate;
+  if (usableSampleRate(rate)) sampleRate_ = rate;
 }
 
 void FilterElement::reset() {

@@ -44,7 +44,7 @@ void SynthEngine::parameterChanged(int index) {
   Parameter& rate = params_[kGlobalLfoRate];
   const bool synced = params_[kGlobalLfoSync].baseValue() > 0.5f;
   rate.hi.store(synced ? kTempoDivisionCount - 1 : 1, std::memory_order_relaxed);
-  rate.constant = synced ? 1.0f / (kTempoDivisionCount - 1) : 0.0f;
+  rate.constant.store(synced ? 1.0f / (kTempoDivisionCount - 1) : 0.0f, std::memory_order_relaxed);
   rate.display.store(synced ? DisplayRule::kTempoDivision : DisplayRule::kRate, std::memory_order_relaxed);
 }
 
@@ -60,7 +60,8 @@ void SynthEngine::parameterDisplay(int index, char* text, std::size_t capacity) 
 }
 
 void SynthEngine::setSampleRate(float hz) {
-  if (!(hz > 0.0f) || std::fabs(hz - sampleRate_) < kSampleRateTolerance) return;
+  // An unusable rate keeps the last good one.
+  if (!usableSampleRate(hz) || std::fabs(hz - sampleRate_) < kSampleRateTolerance) return;
   sampleRate_ = hz;
   for (Voice& v : voices_) v.setSampleRate(hz);
   mixChain_.setSampleRate(hz);
