@@ -143,18 +143,24 @@ void filterModeFlips(const ScenarioContext& context) {
   const int cutoff = plugin.parameterIndex("FILTER 1: Cutoff");
   if (mode1 < 0 || mode2 < 0 || cutoff < 0) return;
   for (const char* q : {"FILTER 1: Q", "FILTER 2: Q"}) setByName(plugin, q, 1.0f);
-  setByName(plugin, "SHAPER: Mix", 1.0f);
-  setByName(plugin, "SHAPER: Drive", 1.0f);
-  playChord(plugin);
+  setByName(plugin, "SHAPER: Mix", 0.0f);  // nothing between the filters to clip a runaway
   // The modes are LP, HP, BP and VOX at 0, 1/3, 2/3 and 1.
   static const float others[] = {0.0f, 1.0f / 3.0f, 2.0f / 3.0f};
+  static const float cutoffs[] = {0.1f, 0.2f, 0.3f, 0.4f, 0.5f, 0.7f, 0.9f};
+  constexpr int kBlocksPerChord = 400;
   int block = 0;
   for (Deadline deadline(context.seconds); !deadline.passed(); ++block) {
-    const float mode = block % 2 == 0 ? 1.0f : random.pick(others);
+    if (block % kBlocksPerChord == 0) {
+      // A new chord, and VOX moves to the other half of the block pairs.
+      plugin.sendEvents({midiEvent(0, 0xB0, 123, 0)});
+      playChord(plugin);
+      plugin.setParameter(cutoff, random.pick(cutoffs));
+    }
+    const bool vox = (block + block / kBlocksPerChord) % 2 == 0;
+    const float mode = vox ? 1.0f : others[(block / kBlocksPerChord) % 3];
     plugin.setParameter(mode1, mode);
     plugin.setParameter(mode2, 1.0f - mode);
-    if (random.chance(0.2f)) plugin.setParameter(cutoff, random.unit());
-    plugin.process(random.chance(0.5f) ? 64 : randomBlock(random));
+    plugin.process(random.chance(0.7f) ? 64 : randomBlock(random));
   }
 }
 
