@@ -33,6 +33,10 @@ void FilterElement::reset() {
   x1_ = x2_ = y1_ = y2_ = 0.0;
 }
 
+float FilterElement::frequencyHz() const {
+  return started_ ? static_cast<float>(w0_ * sampleRate_ / (2.0 * 3.14159265358979323846)) : 0.0f;
+}
+
 bool FilterElement::isSilent() const {
   return std::fabs(y1_) <= kSilence && std::fabs(y2_) <= kSilence;
 }

@@ -63,6 +63,10 @@ class FilterElement {
   // thread, or any thread while the engine does not render.
   bool isSilent() const;
 
+  // The frequency (Hz) reached at the end of the last block after clamp and slew; 0 before the
+  // first block after a reset. Same threads as render.
+  float frequencyHz() const;
+
  private:
   struct Coefficients {
     double b0 = 1.0, b1 = 0.0, b2 = 0.0, a1 = 0.0, a2 = 0.0;

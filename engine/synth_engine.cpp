@@ -270,7 +270,10 @@ void SynthEngine::renderVoice(Voice& voice, float globalLfo, float* left, float*
   voice.render(voiceBuffer_, frames, params_.data());
 
   // Output gain, ramped from where the last block ended (a fresh voice starts at its gain).
-  const float gainBase = std::max(0.0f, params_[kVoiceGain].voicePhysical());
+  // Modulation may take the gain below zero (silence) but not above its range's top (+12 dB):
+  // its sources stack without a clamp, and five of them at full amount reach gains of hundreds.
+  const Parameter& gainParam = params_[kVoiceGain];
+  const float gainBase = std::clamp(gainParam.voicePhysical(), 0.0f, gainParam.physical(1.0f));
   const float target = gainBase * gainBase * voice.unisonGain;
   const float start = voice.lastOutputGain < 0.0f ? target : voice.lastOutputGain;
   const float step = frames > 1 ? (target - start) / static_cast<float>(frames - 1) : 0.0f;

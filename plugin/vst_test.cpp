@@ -342,8 +342,11 @@ vst2::VstInt32 VstTest::processEvents(vst2::VstEvents* events) {
   ProcessingScope processing(processing_);
   ScopedFlushDenormals denormals;
   if (events == nullptr) return 0;
+  // The list runs past the two entries the structure declares; a pointer reads it without
+  // pretending otherwise.
+  vst2::VstEvent* const* list = events->events;
   for (vst2::VstInt32 i = 0; i < events->numEvents; ++i) {
-    const vst2::VstEvent* event = events->events[i];
+    const vst2::VstEvent* event = list[i];
     if (event == nullptr || event->type != vst2::kVstMidiType) continue;
     eventQueue_.pushBack(*reinterpret_cast<const vst2::VstMidiEvent*>(event));
   }

@@ -1,4 +1,5 @@
-// The replaced global allocation functions behind AllocationScope.
+// The replaced global allocation functions behind AllocationScope. Sanitizer runtimes bring their
+// own, so a sanitized build (ZIV_TORTURE_REPLACES_NEW off) counts nothing and says so.
 #include "tools/torture/allocation_counter.h"
 
 #include <cstdlib>
@@ -8,6 +9,11 @@ namespace {
 
 thread_local bool tCounting = false;
 thread_local long long tCount = 0;
+
+}  // namespace
+
+#if ZIV_TORTURE_REPLACES_NEW
+namespace {
 
 void* allocate(std::size_t size) {
   if (tCounting) ++tCount;
@@ -52,14 +58,16 @@ void operator delete(void* p, const std::nothrow_t&) noexcept {
 void operator delete[](void* p, const std::nothrow_t&) noexcept {
   std::free(p);
 }
+#endif
 
 namespace torture {
 
 bool allocationsOfPluginCounted() {
-#if defined(_WIN32)
-  return false;
-#else
+  // A Windows module links its own C++ runtime and never calls the host's operator new.
+#if ZIV_TORTURE_REPLACES_NEW && !defined(_WIN32)
   return true;
+#else
+  return false;
 #endif
 }
 

@@ -20,6 +20,8 @@ constexpr int kTextBytes = 256;
 constexpr float kSilenceLevel = 1e-3f;
 constexpr double kSilenceSeconds = 30.0;
 constexpr float kSampleRate = 44100.0f;
+// Automation runs under dense playing: a few notes every this many blocks (about 11 a second).
+constexpr int kBlocksPerNotes = 16;
 
 // Runs `body(random)` on its own thread until `stop` is set.
 template <typename Body>
@@ -150,8 +152,10 @@ void automationThread(const ScenarioContext& context) {
     plugin.getParameter(r.between(0, count - 1));
     std::this_thread::yield();
   });
-  for (Deadline deadline(context.seconds); !deadline.passed();) {
-    plugin.sendEvents(randomNotes(random, kAnnouncedBlock, random.between(0, 3)));
+  Deadline deadline(context.seconds);
+  for (int block = 0; !deadline.passed(); ++block) {
+    if (block % kBlocksPerNotes == 0)
+      plugin.sendEvents(randomNotes(random, kAnnouncedBlock, random.between(1, 3)));
     plugin.process(random.chance(0.8f) ? kAnnouncedBlock : random.between(0, 2048));
   }
   stop = true;

@@ -114,9 +114,11 @@ void TortureInstance::sendEvents(const std::vector<vst2::VstMidiEvent>& events, 
   eventList_.assign(sizeof(vst2::VstEvents) / sizeof(vst2::VstIntPtr) + count, 0);
   auto* list = reinterpret_cast<vst2::VstEvents*>(eventList_.data());
   list->numEvents = static_cast<vst2::VstInt32>(count);
+  // The list runs past the two entries the structure declares.
+  vst2::VstEvent** entries = list->events;
   for (std::size_t i = 0; i < events_.size(); ++i)
-    list->events[i] = reinterpret_cast<vst2::VstEvent*>(&events_[i]);
-  if (withNullEntry) list->events[count - 1] = nullptr;
+    entries[i] = reinterpret_cast<vst2::VstEvent*>(&events_[i]);
+  if (withNullEntry) entries[count - 1] = nullptr;
   long long allocations = 0;
   {
     ProcessingScope processing;
