@@ -17,10 +17,6 @@ constexpr double kRingMargin = 5.0;
 // Floors for the tail estimate, so a zero time or feedback still gives a finite decay.
 constexpr float kMinTailTime = 0.001f;
 constexpr float kMinTailFeedback = 0.0001f;
-// The times move by at most this many samples per sample, so the read position always advances.
-// A time growing faster reads back what was written moments before: a loop of a few samples that
-// feedback near 1 rings up without bound, as automation that moves the time every block did.
-constexpr float kMaxTimeSlewSamples = 0.5f;
 
 }  // namespace
 
@@ -91,9 +87,8 @@ void Delay::render(float* left, float* right, int frames, const DelaySettings& s
     send_ = nextSend;
   }
   const float inv = 1.0f / static_cast<float>(frames);
-  const float maxTimeStep = kMaxTimeSlewSamples / sampleRate_;
-  const float leftStep = std::clamp((next.left - leftTime_) * inv, -maxTimeStep, maxTimeStep);
-  const float rightStep = std::clamp((next.right - rightTime_) * inv, -maxTimeStep, maxTimeStep);
+  const float leftStep = (next.left - leftTime_) * inv;
+  const float rightStep = (next.right - rightTime_) * inv;
   const float feedbackStep = (nextFeedback - feedback_) * inv;
   const float sendStep = (nextSend - send_) * inv;
 
@@ -125,8 +120,8 @@ void Delay::render(float* left, float* right, int frames, const DelaySettings& s
   }
   leftRing_.setWritePosition(write);
   rightRing_.setWritePosition(write);
-  leftTime_ = leftTime;
-  rightTime_ = rightTime;
+  leftTime_ = next.left;
+  rightTime_ = next.right;
   feedback_ = nextFeedback;
   send_ = nextSend;
 }

@@ -6,8 +6,7 @@
 // Each side is its own feedback loop (the sides never feed each other): the ring receives
 // input x send + delayed x feedback, and the output is input + delayed. Times are rounded to
 // whole samples (no interpolation), so a moving time steps by whole samples; the four settings
-// ramp linearly across each block, the times by at most half a sample per sample (a long jump
-// glides over several blocks, at most an octave down in pitch while it grows).
+// ramp linearly across each block.
 //
 // Tail: an estimate of the echo level still in the rings. While sound enters, it is raised to
 // F^-T x send (F the feedback, T the longest time); while the synth is idle it falls by F per echo
