@@ -34,4 +34,19 @@ inline void replaceNonFinite(float* buf, int frames) {
   }
 }
 
+// The loudest sample the engine hands the host: +24 dBFS, far above any sound worth making, and
+// below what would tear a speaker at unity gain.
+constexpr float kOutputCeiling = 16.0f;
+
+// Replaces every NaN by 0 and holds every sample (infinities included) within +-kOutputCeiling:
+// the guard between the engine and the host. All 64 voices at the top of their gain with the
+// master EQ's and gain's +22 dB can stack past any reasonable level without anything running
+// away; the host gets a clipped peak then, never a blast.
+inline void limitToCeiling(float* buf, int frames) {
+  for (int i = 0; i < frames; ++i) {
+    const float x = buf[i];
+    if (!(std::fabs(x) <= kOutputCeiling)) buf[i] = std::isnan(x) ? 0.0f : std::copysign(kOutputCeiling, x);
+  }
+}
+
 }  // namespace ziv

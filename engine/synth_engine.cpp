@@ -320,9 +320,9 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
 
   mixChain_.render(params_.data(), left, right, frames, tempoBpm, voicesSounded);
 
-  // Whatever went wrong upstream, the host never receives a NaN or an infinity.
-  replaceNonFinite(left, frames);
-  replaceNonFinite(right, frames);
+  // Whatever went wrong upstream, the host never receives a NaN, an infinity or a blast.
+  limitToCeiling(left, frames);
+  limitToCeiling(right, frames);
 }
 
 }  // namespace ziv
