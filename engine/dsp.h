@@ -34,8 +34,7 @@ inline void replaceNonFinite(float* buf, int frames) {
   }
 }
 
-// The loudest sample the engine hands the host: +24 dBFS, far above any sound worth making, and
-// below what would tear a speaker at unity gain.
+// The loudest sample the engine hands the host: +24 dBFS, far above any sound worth making.
 constexpr float kOutputCeiling = 16.0f;
 
 // Replaces every NaN by 0 and holds every sample (infinities included) within +-kOutputCeiling:
