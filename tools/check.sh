@@ -28,13 +28,4 @@ for variant in asan:address,undefined tsan:thread; do
   ctest --test-dir "$dir" -R '^torture\.' --output-on-failure
 done
 
-# Only the plug-in and the torture host are built with each sanitizer.
-for variant in asan:address,undefined tsan:thread; do
-  dir="$root/build-${variant%%:*}"
-  CC=clang CXX=clang++ cmake -S "$root" -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DZIV_SANITIZE="${variant#*:}" >/dev/null
-  cmake --build "$dir" -j "$jobs" --target VrnZIV vrntorture
-  ctest --test-dir "$dir" -R '^torture\.' --output-on-failure
-done
-
 ctest --test-dir "$root/build" --output-on-failure -j "$jobs"
