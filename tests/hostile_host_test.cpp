@@ -88,6 +88,26 @@ TEST(HostileHost, ChunkCallsWithoutDataLoadNothing) {
   EXPECT_EQ(plugin.getParameter(kFilter1Cutoff), 0.25f);
 }
 
+// Every gain at its top (a full chord of resonant voices, the low shelf over the whole band, the
+// master gain) stacks far past full scale; the host gets at most the output ceiling.
+TEST(HostileHost, GainsStackedToTheTopStopAtTheOutputCeiling) {
+  TestHost host;
+  VstTest& plugin = host.plugin();
+  plugin.setParameter(kPolyphony, 1.0f);
+  plugin.setParameter(kFilter1Q, 1.0f);
+  for (int gain : {kOsc1Gain, kOsc2Gain, kSubGain}) plugin.setParameter(gain, 1.0f);
+  plugin.setParameter(kMasterGain, 1.0f);
+  plugin.setParameter(kMasterEqGainLow, 1.0f);
+  plugin.setParameter(kMasterEqFreqLow, 1.0f);
+  for (int note = 36; note < 84; note += 2) host.noteOn(0, note, 127);
+  float peak = 0.0f;
+  for (int block = 0; block < 100; ++block) {
+    host.process(256);
+    peak = std::max(peak, blockPeak(host));
+  }
+  EXPECT_EQ(peak, kOutputCeiling) << "held there, not beyond";
+}
+
 // An instance whose operations throw, driven through the C entry points a host calls.
 class ThrowingEffect : public vst2::AudioEffectX {
  public:
