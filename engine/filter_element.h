@@ -1,30 +1,30 @@
 // The engine's one resonant second-order filter element.
 //
-// FILTER 1, FILTER 2, the noise oscillator and the master EQ all run this element. Its
-// coefficients are the Audio EQ Cookbook biquads (w0 = 2 pi f / rate, alpha = sin(w0) / (2 Q)):
+// FILTER 1, FILTER 2, the noise oscillator and the master EQ all run this element. Its responses
+// are the Audio EQ Cookbook's (bilinear transform, w0 = 2 pi f / rate prewarped, resonance Q):
 // shape 0 low-pass, 1 high-pass, 2 band-pass with 0 dB peak, 4 band-pass with constant skirt
-// (peak gain Q), 5 low shelf, 6 high shelf; any other shape is a low-pass. The feed-forward
-// coefficients are multiplied by an output gain and all coefficients are divided by a0.
+// (peak gain Q), 5 low shelf, 6 high shelf; any other shape is a low-pass. The output is
+// multiplied by a gain.
 //
 // Per block the element
 // - clamps the frequency to [8 Hz, 0.499 x rate],
 // - limits how far the angular frequency w0 moves: by at most 10 pi x frames / rate, i.e. w0
 //   travels at most 10 pi rad per second (0 to Nyquist in 100 ms; 100 Hz to 200 Hz at 44.1 kHz
 //   in 0.5 ms), which removes zipper steps from jumping knobs but lets a fast envelope through,
-// - interpolates the five coefficients linearly per sample from the last block's set to this
-//   block's, so the last sample of a block uses exactly the new set.
-// reset() clears the history, but for the next 20 samples the output still carries what the old
-// history would have rung out, faded from full to nothing: a voice restarted while its filter
+// - interpolates its coefficients linearly per sample from the last block's set to this block's,
+//   so the last sample of a block uses exactly the new set.
+// reset() clears the state, but for the next 20 samples the output still carries what the old
+// state would have rung out, faded from full to nothing: a voice restarted while its filter
 // rings does not click, and a filter that was silent simply starts from rest (no dry signal
 // leaks through). The first block after a reset takes its frequency and coefficients without
 // slew or ramp.
 //
-// The structure is direct form I computed in double precision: its state is the last two inputs
-// and outputs, which do not depend on the coefficients, so per-sample coefficient changes (fast
-// sweeps, shape switches) cause no state-mismatch transients as they would in the transposed
-// form II, and double precision keeps low cutoffs (8 Hz at 96 kHz) accurate. Limits: a linear
-// ramp between two stable coefficient sets stays stable (the stable (a1, a2) region is convex),
-// but the element does not otherwise guard against instability; Q is floored at 1e-7.
+// The structure is the trapezoidal (topology-preserving) state-variable filter computed in double
+// precision: its two integrator states hold the signal's level whatever the frequency and
+// damping, so moving coefficients (fast sweeps, shape switches, resonance jumps) neither pump
+// energy in nor amplify ringing, as the direct forms do when their frequency falls, and double
+// precision keeps low cutoffs (8 Hz at 96 kHz) accurate. It is stable for every positive
+// frequency and damping; Q is floored at 1e-7.
 #pragma once
 
 namespace ziv {
@@ -48,7 +48,7 @@ class FilterElement {
   // engine does not render.
   void setSampleRate(float rate);
 
-  // Clears the history and fades out its ringing over the next 20 samples; the next block takes
+  // Clears the state and fades out its ringing over the next 20 samples; the next block takes
   // its settings without slew. Audio thread (voice start), or any thread while the engine does not
   // render.
   void reset();
@@ -63,9 +63,15 @@ class FilterElement {
   // thread, or any thread while the engine does not render.
   bool isSilent() const;
 
+  // The frequency (Hz) reached at the end of the last block after clamp and slew; 0 before the
+  // first block after a reset. Same threads as render.
+  float frequencyHz() const;
+
  private:
+  // g = tan(w0 / 2) (the integrators' gain), k = 1 / Q (the damping) and the output mix of
+  // input, band-pass and low-pass.
   struct Coefficients {
-    double b0 = 1.0, b1 = 0.0, b2 = 0.0, a1 = 0.0, a2 = 0.0;
+    double g = 0.0, k = 1.0, m0 = 1.0, m1 = 0.0, m2 = 0.0;
   };
   static Coefficients design(int shape, double w0, double q, double gain, double shelfFactor);
 
@@ -73,12 +79,12 @@ class FilterElement {
   bool started_ = false;  // false until the first block after a reset
   double w0_ = 0.0;       // angular frequency reached at the end of the last block
   Coefficients coefficients_;
-  // History: the last two inputs and outputs.
-  double x1_ = 0.0, x2_ = 0.0, y1_ = 0.0, y2_ = 0.0;
+  // The integrators' states, and the last two outputs for the silence test.
+  double s1_ = 0.0, s2_ = 0.0, y1_ = 0.0, y2_ = 0.0;
   int crossfadeLeft_ = 0;
-  // The history and coefficients in force at the last reset, whose ringing the crossfade fades.
+  // The state and coefficients in force at the last reset, whose ringing the crossfade fades.
   Coefficients fadeCoefficients_;
-  double fadeX1_ = 0.0, fadeX2_ = 0.0, fadeY1_ = 0.0, fadeY2_ = 0.0;
+  double fadeS1_ = 0.0, fadeS2_ = 0.0;
 };
 
 }  // namespace ziv

@@ -3,8 +3,9 @@
 //
 // `base` is written by any thread (host automation, editor, program loads) and read by the
 // audio thread once per sub-block, so it is atomic; relaxed order is enough because each value
-// stands alone. `lo` and `hi` are atomic because the "GLOBAL LFO: Rate" entry is re-described
-// when its sync switch moves. Everything else belongs to the audio thread.
+// stands alone. `lo`, `hi`, `display` and `constant` are atomic because the "GLOBAL LFO: Rate"
+// entry is re-described when its sync switch moves, on whichever thread moved it. Everything
+// else belongs to the audio thread.
 #pragma once
 
 #include <atomic>
@@ -20,7 +21,7 @@ struct Parameter {
   std::atomic<int> lo{0};
   std::atomic<int> hi{1};
   std::atomic<DisplayRule> display{DisplayRule::kPlain};
-  float constant = 0.0f;
+  std::atomic<float> constant{0.0f};
 
   float previous = 0.0f;     // base at the end of the previous host block
   float smoothed = 0.0f;     // previous → base, stepped per sub-block
@@ -33,7 +34,7 @@ struct Parameter {
     lo.store(row.lo, std::memory_order_relaxed);
     hi.store(row.hi, std::memory_order_relaxed);
     display.store(row.display, std::memory_order_relaxed);
-    constant = row.constant;
+    constant.store(row.constant, std::memory_order_relaxed);
     const float value = normalisedDefault(row);
     base.store(value, std::memory_order_relaxed);
     previous = smoothed = globalValue = voiceValue = value;

@@ -45,7 +45,7 @@ void SynthEngine::parameterChanged(int index) {
   Parameter& rate = params_[kGlobalLfoRate];
   const bool synced = params_[kGlobalLfoSync].baseValue() > 0.5f;
   rate.hi.store(synced ? kTempoDivisionCount - 1 : 1, std::memory_order_relaxed);
-  rate.constant = synced ? 1.0f / (kTempoDivisionCount - 1) : 0.0f;
+  rate.constant.store(synced ? 1.0f / (kTempoDivisionCount - 1) : 0.0f, std::memory_order_relaxed);
   rate.display.store(synced ? DisplayRule::kTempoDivision : DisplayRule::kRate, std::memory_order_relaxed);
 }
 
@@ -66,7 +66,8 @@ void SynthEngine::valueDisplay(int index, float normalised, char* text, std::siz
 }
 
 void SynthEngine::setSampleRate(float hz) {
-  if (!(hz > 0.0f) || std::fabs(hz - sampleRate_) < kSampleRateTolerance) return;
+  // An unusable rate keeps the last good one.
+  if (!usableSampleRate(hz) || std::fabs(hz - sampleRate_) < kSampleRateTolerance) return;
   sampleRate_ = hz;
   for (Voice& v : voices_) v.setSampleRate(hz);
   for (Voice& v : fading_) v.setSampleRate(hz);
@@ -319,7 +320,10 @@ void SynthEngine::renderVoice(Voice& voice, float globalLfo, float* left, float*
   voice.render(voiceBuffer_, frames, params_.data());
 
   // Output gain, ramped from where the last block ended (a fresh voice starts at its gain).
-  const float gainBase = std::max(0.0f, params_[kVoiceGain].voicePhysical());
+  // Modulation may take the gain below zero (silence) but not above its range's top (+12 dB):
+  // its sources stack without a clamp, and five of them at full amount reach gains of hundreds.
+  const Parameter& gainParam = params_[kVoiceGain];
+  const float gainBase = std::clamp(gainParam.voicePhysical(), 0.0f, gainParam.physical(1.0f));
   const float target = gainBase * gainBase * voice.unisonGain;
   const float start = voice.lastOutputGain < 0.0f ? target : voice.lastOutputGain;
   const float step = frames > 1 ? (target - start) / static_cast<float>(frames - 1) : 0.0f;
@@ -368,9 +372,9 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
 
   mixChain_.render(params_.data(), left, right, frames, tempoBpm, voicesSounded);
 
-  // Whatever went wrong upstream, the host never receives a NaN or an infinity.
-  replaceNonFinite(left, frames);
-  replaceNonFinite(right, frames);
+  // Whatever went wrong upstream, the host never receives a NaN, an infinity or a blast.
+  limitToCeiling(left, frames);
+  limitToCeiling(right, frames);
 }
 
 }  // namespace ziv

@@ -119,9 +119,12 @@ void VoiceFilter::voxFormants(float position, float q, float* frequency, float* 
 void VoiceFilter::render(float* buf, int frames, const VoiceFilterInput& in) {
   const int mode = (in.mode >= kFilterLowPass && in.mode <= kFilterVox) ? in.mode : kFilterLowPass;
   if (mode != lastMode_ && (mode == kFilterVox || lastMode_ == kFilterVox)) {
-    // The upper formant elements start or stop: clear them so that they neither hold the voice
-    // open nor replay stale history when VOX comes back.
-    for (int k = 1; k < kFormants; ++k) elements_[k].reset();
+    // VOX starts or stops. The upper formant elements are cleared so that they neither hold the
+    // voice open nor replay stale history when VOX comes back. The first element restarts too
+    // (its old ringing fades out): it changes from the first formant's resonance to the cutoff's,
+    // and history carried across such jumps, repeated every block at high Q, pumps energy in
+    // until the output runs away.
+    for (FilterElement& e : elements_) e.reset();
   }
   if (mode != kFilterVox) voxGainsValid_ = false;
   lastMode_ = mode;

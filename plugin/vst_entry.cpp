@@ -3,7 +3,6 @@
 // answers that there is none.
 #include <memory>
 #include <mutex>
-#include <new>
 
 #include "plugin/instance_lock.h"
 #include "plugin/vst_test.h"
@@ -15,17 +14,19 @@ VST_EXPORT vst2::AEffect* VSTPluginMain(vst2::AudioMasterCallback audioMaster) {
   if (audioMaster == nullptr) return nullptr;
   if (audioMaster(nullptr, vst2::audioMasterVersion, 0, 0, nullptr, 0.0f) == 0) return nullptr;
 
-  std::lock_guard<std::mutex> lock(ziv::instanceLock());
-  std::unique_ptr<ziv::SynthEngine> engine(new (std::nothrow) ziv::SynthEngine);
-  if (!engine) return nullptr;
-  ziv::VstTest* instance = new (std::nothrow) ziv::VstTest(audioMaster, std::move(engine));
-  if (instance == nullptr) return nullptr;
+  // Any failure while creating (an allocation, above all) is a null instance for the host: no
+  // exception crosses this boundary.
+  try {
+    std::lock_guard<std::mutex> lock(ziv::instanceLock());
+    auto instance = std::make_unique<ziv::VstTest>(audioMaster, std::make_unique<ziv::SynthEngine>());
 #if defined(_WIN32)
-  // Only the Windows plug-in draws an editor; elsewhere hosts show their generic controls.
-  instance->attachEditor(
-      std::unique_ptr<ziv::PluginEditor>(new (std::nothrow) ziv::VstTestEditor(*instance)));
+    // Only the Windows plug-in draws an editor; elsewhere hosts show their generic controls.
+    instance->attachEditor(std::make_unique<ziv::VstTestEditor>(*instance));
 #endif
-  return instance->getAeffect();
+    return instance.release()->getAeffect();
+  } catch (...) {
+    return nullptr;
+  }
 }
 
 VST_EXPORT void* GetPluginFactory() { return nullptr; }

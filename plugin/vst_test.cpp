@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <thread>
 
 #include "engine/denormals.h"
 #include "programs/data_folder.h"
@@ -18,6 +17,11 @@ namespace {
 constexpr const char* kEffectName = "Vrn ZIV";
 constexpr const char* kVendorName = "Quorvantis";
 constexpr double kDefaultTempo = 120.0;
+// The tempos a host may report; another keeps the last usable one.
+constexpr double kMinTempo = 1.0;
+constexpr double kMaxTempo = 1000.0;
+// A song position beyond this many quarter notes (weeks at any tempo) is not a real one.
+constexpr double kMaxSongPosition = 1e9;
 // The longest tail a voice and the effects can ring on after the last note, in seconds.
 constexpr double kTailSeconds = 3.0;
 
@@ -31,10 +35,24 @@ int dataByte(char byte) {
   return static_cast<signed char>(byte);
 }
 
+// Marks the instance as inside a process call for the scope's lifetime.
+class ProcessingScope {
+ public:
+  explicit ProcessingScope(std::atomic<bool>& flag) : flag_(flag) {
+    flag_.store(true, std::memory_order_relaxed);
+  }
+  ~ProcessingScope() { flag_.store(false, std::memory_order_relaxed); }
+  ProcessingScope(const ProcessingScope&) = delete;
+  ProcessingScope& operator=(const ProcessingScope&) = delete;
+
+ private:
+  std::atomic<bool>& flag_;
+};
+
 }  // namespace
 
 VstTest::VstTest(vst2::AudioMasterCallback audioMaster, std::unique_ptr<SynthEngine> engine)
-    : VstTestModule(audioMaster, kProgramCount, std::move(engine)), midiLearn_(settingsFilePath()) {
+    : VstTestModule(audioMaster, kProgramCount, std::move(engine)), midiLearn_(settingsFilePath()), tempo_(kDefaultTempo) {
   SynthEngine& synth = this->engine();
   synth.setSampleRate(44100.0f);
 
@@ -61,7 +79,7 @@ VstTest::VstTest(vst2::AudioMasterCallback audioMaster, std::unique_ptr<SynthEng
 
   currentProgram_.store(0, std::memory_order_relaxed);
   writeProgramToEngine(programs_[0]);
-  if (!inSetProgram_) updateDisplay();
+  if (!inSetProgram_) requestDisplayUpdate();
   announceLatency_ = true;
 }
 
@@ -91,29 +109,63 @@ void VstTest::onParameterChanged(int index, float value, bool fromEditor) {
   if (index < 0 || index >= kHostParamCount) return;
   if (fromEditor) callHost(vst2::audioMasterAutomate, index, 0, nullptr, value);
   programs_[currentProgram_.load(std::memory_order_relaxed)].values[index] = value;
-  if (std::this_thread::get_id() != audioThread_.load(std::memory_order_relaxed)) refreshLatency();
+  requestLatencyRefresh();
 }
 
 void VstTest::suspend() {
   engine().reset();
-  refreshLatency();
+  requestLatencyRefresh();
 }
 
 void VstTest::resume() {
   AudioEffectX::resume();
   engine().reset();
-  refreshLatency();
+  requestLatencyRefresh();
+}
+
+void VstTest::setSampleRate(float sampleRate) {
+  // Zero, negative, non-finite and absurd rates keep the last usable one: the tail size, the
+  // latency and every unit's set-up are derived from it.
+  if (usableSampleRate(sampleRate)) AudioEffectX::setSampleRate(sampleRate);
+}
+
+vst2::VstIntPtr VstTest::dispatcher(vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr value,
+                                    void* ptr, float opt) {
+  // Events arrive inside processing, and a closing instance has nothing more to tell the host.
+  if (opcode != vst2::effProcessEvents && opcode != vst2::effClose) sendDeferredCallbacks();
+  return VstTestModule::dispatcher(opcode, index, value, ptr, opt);
+}
+
+// Display refreshes and latency changes are requested from anywhere (a MIDI program change or a
+// learned controller on the audio thread, host and editor calls elsewhere) and sent by the first
+// host call made outside processing.
+void VstTest::requestDisplayUpdate() {
+  displayPending_.store(true, std::memory_order_relaxed);
+  sendDeferredCallbacks();
+}
+
+void VstTest::requestLatencyRefresh() {
+  latencyPending_.store(true, std::memory_order_relaxed);
+  sendDeferredCallbacks();
+}
+
+void VstTest::sendDeferredCallbacks() {
+  if (processing_.load(std::memory_order_relaxed)) return;
+  // One sender at a time; a request it misses waits for the next call.
+  if (sending_.test_and_set(std::memory_order_acquire)) return;
+  if (latencyPending_.exchange(false, std::memory_order_relaxed)) refreshLatency();
+  if (displayPending_.exchange(false, std::memory_order_relaxed)) updateDisplay();
+  sending_.clear(std::memory_order_release);
 }
 
 // Latency. While "MASTER: Limiter" is on, the output lags by the limiter's look-ahead (63 samples
 // at 44.1 kHz); hosts learn it through initialDelay and audioMasterIOChanged, which must never be
-// called from the audio thread. The reported value is therefore brought up to date on every
-// parameter change that does not come from the audio thread (host automation from another thread,
-// the editor, program, chunk and file loads) and on suspend and resume. A switch automated on the
-// audio thread (or a MIDI program change) changes the sound at once: switched on, the limiter's
-// delay line starts empty (L samples of silence); switched off, the samples in flight are dropped.
-// The reported latency follows at the next such call; until then the host's delay compensation is
-// off by L samples.
+// called from inside processing. The reported value is therefore brought up to date after every
+// parameter change and on suspend and resume, at once outside processing. A switch automated
+// inside processing (or a MIDI program change) changes the sound at once: switched on, the
+// limiter's delay line starts empty (L samples of silence); switched off, the samples in flight
+// are dropped. The reported latency follows at the next host call outside processing; until then
+// the host's delay compensation is off by L samples.
 void VstTest::refreshLatency() {
   const int latency = engine().latencySamples(getSampleRate());
   if (latency == getAeffect()->initialDelay) return;
@@ -130,7 +182,7 @@ void VstTest::setProgram(vst2::VstInt32 program) {
   writeProgramToEngine(programs_[program]);
   if (!inSetProgram_) {
     redrawEditor();
-    updateDisplay();
+    requestDisplayUpdate();
   }
 }
 
@@ -143,7 +195,7 @@ void VstTest::renameProgram(const char* name) {
   programs_[currentProgram_.load(std::memory_order_relaxed)].setName(name);
   if (!inSetProgram_) {
     redrawEditor();
-    updateDisplay();
+    requestDisplayUpdate();
   }
 }
 
@@ -169,7 +221,7 @@ bool VstTest::endSetProgram() {
   engine().loadVersion = SynthEngine::kCurrentVersion;
   inSetProgram_ = false;
   redrawEditor();
-  updateDisplay();
+  requestDisplayUpdate();
   return true;
 }
 
@@ -209,9 +261,9 @@ vst2::VstInt32 VstTest::getChunk(void** data, bool isPreset) {
 }
 
 vst2::VstInt32 VstTest::setChunk(void* data, vst2::VstInt32 byteSize, bool isPreset) {
-  // A host that hands over nothing, or a negative size, loads nothing; the answer stays 1.
+  // A host that hands over no bytes, or a negative size, loads nothing; the answer stays 1.
   const std::uint8_t* bytes = static_cast<const std::uint8_t*>(data);
-  const std::size_t size = byteSize > 0 ? static_cast<std::size_t>(byteSize) : 0;
+  const std::size_t size = bytes != nullptr && byteSize > 0 ? static_cast<std::size_t>(byteSize) : 0;
   if (isPreset) {
     loadProgramChunk(bytes, size);
   } else {
@@ -309,11 +361,15 @@ bool VstTest::endEdit(vst2::VstInt32 index) {
 // --- Audio ---
 
 vst2::VstInt32 VstTest::processEvents(vst2::VstEvents* events) {
+  ProcessingScope processing(processing_);
   ScopedFlushDenormals denormals;
   midiLearn_.refresh();
   if (events == nullptr) return 0;
+  // The list runs past the two entries the structure declares; a pointer reads it without
+  // pretending otherwise.
+  vst2::VstEvent* const* list = events->events;
   for (vst2::VstInt32 i = 0; i < events->numEvents; ++i) {
-    const vst2::VstEvent* event = events->events[i];
+    const vst2::VstEvent* event = list[i];
     if (event == nullptr || event->type != vst2::kVstMidiType) continue;
     eventQueue_.pushBack(*reinterpret_cast<const vst2::VstMidiEvent*>(event));
   }
@@ -371,7 +427,9 @@ void VstTest::dispatch(const vst2::VstMidiEvent& event) {
       }
       break;
     case 0xE:
-      synth.setPitchWheel((((data2 << 7) | data1) - 8192) / 8192.0f);
+      // Data bytes with the top bit set read negative; a product stays defined where a shift
+      // would not, and the engine clamps the bend.
+      synth.setPitchWheel((data2 * 128 + data1 - 8192) / 8192.0f);
       break;
     default:
       break;
@@ -380,7 +438,7 @@ void VstTest::dispatch(const vst2::VstMidiEvent& event) {
 
 void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 frames) {
   (void)inputs;
-  audioThread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+  ProcessingScope processing(processing_);
   ScopedFlushDenormals denormals;
   SynthEngine& synth = engine();
   const float rate = getSampleRate();
@@ -389,15 +447,22 @@ void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 f
 
   // Song position: the host's when it moves; when it stands still (stopped transport, or a
   // host that does not report it), advance by the tempo so synced modulation keeps running.
-  double tempo = kDefaultTempo;
+  // A tempo outside kMinTempo..kMaxTempo (zero, NaN, infinite) keeps the last usable one, and
+  // a position that is not finite or beyond kMaxSongPosition counts as not reported: either
+  // would reach the synced LFO and delay as a NaN or an out-of-range phase.
   const double previousPpq = blockPpq_;
   double position = previousPpq;
   const vst2::VstTimeInfo* time = getTimeInfo(vst2::kVstPpqPosValid | vst2::kVstTempoValid);
-  if (time != nullptr && (time->flags & vst2::kVstTempoValid) != 0 && time->tempo > 0.0) tempo = time->tempo;
-  const bool hostPpq = time != nullptr && (time->flags & vst2::kVstPpqPosValid) != 0;
+  if (time != nullptr && (time->flags & vst2::kVstTempoValid) != 0 && time->tempo >= kMinTempo &&
+      time->tempo <= kMaxTempo) {
+    tempo_ = time->tempo;
+  }
+  const double tempo = tempo_;
+  const bool hostPpq = time != nullptr && (time->flags & vst2::kVstPpqPosValid) != 0 &&
+                       std::fabs(time->ppqPos) <= kMaxSongPosition;
   if (hostPpq && time->ppqPos != lastHostPpq_) {
     lastHostPpq_ = position = time->ppqPos;
-  } else if (rate > 0.0f) {
+  } else {
     position = previousPpq + tempo / 60.0 * n / rate;
   }
   blockPpq_ = position;

@@ -6,19 +6,20 @@
 // bank files go through the loaders and writers of programs/.
 //
 // Threads: `processReplacing` and `processEvents` run on the host's audio thread and take no
-// locks. Program, name, parameter, chunk and file operations come from the host's
-// user-interface thread (also while audio runs); they write the engine's atomic values, the
-// current program index is atomic, and program records have a fixed size, so neither side
-// waits for the other and nothing the audio thread touches is ever reallocated. Program values
-// are plain floats that both sides may write (a MIDI program change or learned controller on
-// the audio thread, a load on the user-interface thread); the last write wins.
+// locks; inside them the only host callback is the time query (display and latency notices wait
+// for the next host call made outside processing). Program, name, parameter, chunk and file
+// operations come from the host's user-interface thread (also while audio runs); they write the
+// engine's atomic values, the current program index is atomic, and program records have a fixed
+// size, so neither side waits for the other and nothing the audio thread touches is ever
+// reallocated. Program values are shared floats that both sides may write (a MIDI program change
+// or learned controller on the audio thread, a load on the user-interface thread); the last write
+// wins.
 #pragma once
 
 #include <array>
 #include <atomic>
 #include <bitset>
 #include <memory>
-#include <thread>
 #include <string>
 
 #include "midi/midi_learn.h"
@@ -51,6 +52,11 @@ class VstTest : public VstTestModule, private ProgramTarget {
   void resume() override;
   void processReplacing(float** inputs, float** outputs, vst2::VstInt32 frames) override;
   vst2::VstInt32 processEvents(vst2::VstEvents* events) override;
+  // Keeps the last usable rate (user-interface thread, or the audio thread between blocks).
+  void setSampleRate(float sampleRate) override;
+  // Sends the callbacks held back during processing, then handles the opcode (any thread).
+  vst2::VstIntPtr dispatcher(vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr value, void* ptr,
+                             float opt) override;
 
   void setProgram(vst2::VstInt32 program) override;
   vst2::VstInt32 getProgram() override { return currentProgram_.load(std::memory_order_relaxed); }
@@ -127,8 +133,12 @@ class VstTest : public VstTestModule, private ProgramTarget {
   void writeProgramToEngine(const ProgramRecord& record);
   void dispatch(const vst2::VstMidiEvent& event);
   void releaseSustainedNotes();
-  // Brings the reported latency up to date and tells the host when it moved; never called on
-  // the audio thread (see vst_test.cpp).
+  // Host notices that hosts do not take from their audio thread: made at once outside processing,
+  // held back until the next host call made outside it when requested inside. Any thread.
+  void requestDisplayUpdate();
+  void requestLatencyRefresh();
+  void sendDeferredCallbacks();
+  // Brings the reported latency up to date and tells the host when it moved (see vst_test.cpp).
   void refreshLatency();
   // Program and name changes show on the editor's next frame (unless a host's set-program
   // bracket is open: its end redraws once).
@@ -148,9 +158,14 @@ class VstTest : public VstTestModule, private ProgramTarget {
   std::atomic<bool> inSetProgram_{false};
   double lastHostPpq_ = 0.0;
   double blockPpq_ = 0.0;
-  // The thread of the latest processReplacing call: parameter changes made on it do not call
-  // the host back.
-  std::atomic<std::thread::id> audioThread_{};
+  double tempo_;  // the host's last usable tempo
+  // Up while processReplacing or processEvents runs (hosts run audio on pools of threads, so
+  // this says "inside processing", not "on the audio thread").
+  std::atomic<bool> processing_{false};
+  std::atomic<bool> displayPending_{false};
+  std::atomic<bool> latencyPending_{false};
+  // Taken by the thread sending the held-back callbacks, so two threads never send at once.
+  std::atomic_flag sending_ = ATOMIC_FLAG_INIT;
   std::array<std::atomic<float>, 2> outputLevel_{};
   bool announceLatency_ = false;          // false while constructing: the host is not listening yet
   PluginEditor* pluginEditor_ = nullptr;  // the SDK base owns it; null where there is no editor

@@ -8,6 +8,10 @@
 namespace ziv {
 namespace {
 
+// No program or bank file comes near this size; a longer "file" (a folder reports a length of
+// LONG_MAX on some systems) is not read.
+constexpr long kMaxFileBytes = 64L << 20;
+
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
 };
@@ -28,7 +32,9 @@ std::string readFileImage(const std::string& path, Bytes& image) {
   if (!file) return openErrorMessage(path);
   if (std::fseek(file.get(), 0, SEEK_END) != 0) return readErrorMessage(path);
   const long length = std::ftell(file.get());
-  if (length < 0 || std::fseek(file.get(), 0, SEEK_SET) != 0) return readErrorMessage(path);
+  if (length < 0 || length > kMaxFileBytes || std::fseek(file.get(), 0, SEEK_SET) != 0) {
+    return readErrorMessage(path);
+  }
   image.resize(static_cast<std::size_t>(length));
   if (std::fread(image.data(), 1, image.size(), file.get()) != image.size()) return readErrorMessage(path);
   return {};

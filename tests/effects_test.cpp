@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <thread>
 #include <vector>
 
 #include "engine/dsp.h"
@@ -490,33 +489,40 @@ TEST(MixChain, InTheEngineEchoesOutliveTheVoices) {
   for (float x : host.left) ASSERT_EQ(x, 0.0f);
 }
 
-// The instance reports the limiter's look-ahead as its latency. A switch from another thread is
-// announced at once; one automated on the audio thread is announced at the next suspend/resume.
-TEST(Latency, ReportedToTheHostOffTheAudioThreadOnly) {
+// The instance reports the limiter's look-ahead as its latency: a change made outside processing
+// is announced at once; one made inside it (a MIDI program change) waits for the host's next call
+// outside processing, as does the display refresh it asks for.
+TEST(Latency, AnnouncedOutsideProcessingOnly) {
   testing::TestHost host;
   VstTest& plugin = host.plugin();
   const vst2::AEffect& effect = *plugin.getAeffect();
   EXPECT_EQ(effect.initialDelay, 0);
 
-  std::thread([&] { plugin.setParameter(kMasterLimiter, 1.0f); }).join();
+  plugin.setProgram(1);
+  plugin.setParameter(kMasterLimiter, 1.0f);
   EXPECT_EQ(effect.initialDelay, 63);
   EXPECT_EQ(host.record().ioChangedCount, 1);
-  std::thread([&] { plugin.setParameter(kMasterGain, 0.5f); }).join();  // no change, no call
+  plugin.setParameter(kMasterGain, 0.5f);  // no change, no call
   EXPECT_EQ(host.record().ioChangedCount, 1);
-
-  host.process(64);  // this thread is now the audio thread
-  plugin.setParameter(kMasterLimiter, 0.0f);
-  EXPECT_EQ(effect.initialDelay, 63);
-  EXPECT_EQ(host.record().ioChangedCount, 1);
-  plugin.suspend();
+  plugin.setProgram(0);
   EXPECT_EQ(effect.initialDelay, 0);
   EXPECT_EQ(host.record().ioChangedCount, 2);
 
-  plugin.setParameter(kMasterLimiter, 1.0f);
+  const int displayUpdates = host.record().updateDisplayCount;
+  host.midi(0, 0xC0, 1, 0);
+  host.process(64);
+  EXPECT_EQ(effect.initialDelay, 0);
+  EXPECT_EQ(host.record().ioChangedCount, 2);
+  EXPECT_EQ(host.record().updateDisplayCount, displayUpdates);
+  plugin.dispatcher(vst2::effEditIdle, 0, 0, nullptr, 0.0f);
+  EXPECT_EQ(effect.initialDelay, 63);
+  EXPECT_EQ(host.record().ioChangedCount, 3);
+  EXPECT_EQ(host.record().updateDisplayCount, displayUpdates + 1);
+
   plugin.setSampleRate(8000.0f);
   plugin.resume();
   EXPECT_EQ(effect.initialDelay, 32);
-  EXPECT_EQ(host.record().ioChangedCount, 3);
+  EXPECT_EQ(host.record().ioChangedCount, 4);
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "engine/envelope.h"
@@ -13,6 +14,7 @@
 #include "engine/modulation/voice_modulation.h"
 #include "engine/parameter.h"
 #include "plugin/parameter_display.h"
+#include "test_host.h"
 
 namespace ziv {
 namespace {
@@ -187,6 +189,35 @@ class Modulation : public ::testing::Test {
 
   std::array<Parameter, kParamCount> params;
 };
+
+// Gain-like targets take every source unclamped; the voice's output gain still stops at the top of
+// "VOICE: Gain" (physical 2, a gain of 4), where five stacked sources once reached hundreds.
+TEST(VoiceGain, StackedModulationStopsAtTheRangesTop) {
+  testing::TestHost host;
+  VstTest& plugin = host.plugin();
+  for (int slot = 0; slot < kModSlots; ++slot) {
+    for (auto [selector, source] : {std::pair{kVoiceLfoTarget1, ModSource::kVoiceLfo},
+                                    std::pair{kGlobalLfoTarget1, ModSource::kGlobalLfo},
+                                    std::pair{kModWheelTarget1, ModSource::kModWheel}}) {
+      const ModTargetList list = modTargets(source);
+      const int position = static_cast<int>(std::find(list.targets, list.targets + list.count, kVoiceGain) -
+                                            list.targets);
+      plugin.setParameter(selector + 2 * slot, static_cast<float>(position) / (list.count - 1));
+      plugin.setParameter(selector + 2 * slot + 1, 1.0f);
+    }
+  }
+  host.setPhysical(kVoiceLfoWaveform, static_cast<float>(kLfoSquare));
+  host.setPhysical(kGlobalLfoWaveform, static_cast<float>(kLfoSquare));
+  host.controller(0, 1, 127);
+  host.noteOn(0, 60);
+  float loudest = 0.0f;
+  for (int block = 0; block < 200; ++block) {
+    host.process(128);
+    loudest = std::max(loudest, host.engine().voice(host.engine().lastVoice()).lastOutputGain);
+  }
+  EXPECT_GT(loudest, 1.0f) << "the sources reach above the gain's default";
+  EXPECT_LE(loudest, 4.0f);
+}
 
 TEST_F(Modulation, PitchTargetsTakeTheCubeOfTheAmount) {
   route(kVelocityTarget1, ModSource::kVelocity, 0, kOsc1Pitch, 0.5f);

@@ -225,6 +225,25 @@ TEST(NoiseOscillator, NarrownessFocusesTheNoiseOnTheNote) {
   EXPECT_LT(nearNoteShare(0.0f), 0.05);
 }
 
+// Modulation takes the pitch far below note 0, where the band-pass stops at its lowest frequency;
+// a lift made for the pitch asked for instead of the band the filter has once multiplied the
+// noise by hundreds.
+TEST(NoiseOscillator, PitchesBelowTheLowestBandKeepTheUsualLevel) {
+  for (float narrowness : {0.5f, 0.7f, 1.0f}) {
+    NoiseOscillator osc;
+    osc.setSampleRate(kRate);
+    osc.start(7);
+    std::vector<float> out(kMaxBlock);
+    float peak = 0.0f;
+    for (int block = 0; block < 1000; ++block) {
+      std::fill(out.begin(), out.end(), 0.0f);
+      osc.render(out.data(), kMaxBlock, block % 20 < 10 ? -80.0f : -30.0f, 1.0f, narrowness);
+      for (float x : out) peak = std::max(peak, std::fabs(x));
+    }
+    EXPECT_LT(peak, 4.0f) << narrowness;
+  }
+}
+
 TEST(SubOscillator, ShapesAndPhase) {
   auto render = [](float shape, float gain, int frames, SubOscillator& osc) {
     std::vector<float> out(frames, 0.0f);

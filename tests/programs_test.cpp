@@ -146,7 +146,10 @@ TEST(FactoryBank, InstanceStartsSortedWithTheInitPatchLast) {
     }
   }
   EXPECT_STREQ(plugin.program(99).name, "Init Patch");
-  EXPECT_EQ(0, std::memcmp(&plugin.initialProgram(), &plugin.program(99), sizeof(ProgramRecord)));
+  EXPECT_STREQ(plugin.initialProgram().name, plugin.program(99).name);
+  for (int i = 0; i < kHostParamCount; ++i) {
+    EXPECT_EQ(plugin.initialProgram().values[i].load(), plugin.program(99).values[i].load()) << i;
+  }
   EXPECT_EQ(plugin.getProgram(), 0);
 
   // Program 0 is in the engine; the parameters the legacy bank lacks keep their defaults, and
@@ -379,6 +382,10 @@ TEST(Files, MessagesForMissingFilesAndFolders) {
   EXPECT_EQ(host.plugin().saveProgramFile(missing), "Error opening file '" + missing + "'!");
   EXPECT_EQ(host.plugin().loadBankFile(missing), "Error opening file '" + missing + "'!");
   EXPECT_EQ(host.plugin().loadProgramFile(missing), "Error opening file '" + missing + "'!");
+  // A folder opens on some systems but is no file; it once threw std::bad_alloc instead.
+  const std::string folder = tempPath("");
+  EXPECT_EQ(host.plugin().loadBankFile(folder), "Error reading file '" + folder + "'!");
+  EXPECT_EQ(host.plugin().loadProgramFile(folder), "Error reading file '" + folder + "'!");
 }
 
 TEST(Files, ForeignMagicWords) {

@@ -60,7 +60,7 @@ Chorus::Chorus() : leftRing_(ringLength(kMaxRingSampleRate)), rightRing_(ringLen
 }
 
 void Chorus::setSampleRate(float rate) {
-  if (!(rate > 0.0f)) return;
+  if (!usableSampleRate(rate)) return;  // keeps the last good rate
   sampleRate_ = rate;
   leftRing_.setLength(ringLength(rate));
   rightRing_.setLength(ringLength(rate));

@@ -14,7 +14,7 @@ constexpr float kFlushThreshold = 1e-20f;
 }  // namespace
 
 void DcBlocker::setSampleRate(float rate) {
-  if (rate > 0.0f) pole_ = 1.0f - kTwoPi * kCutoffHz / rate;
+  if (usableSampleRate(rate)) pole_ = 1.0f - kTwoPi * kCutoffHz / rate;
 }
 
 void DcBlocker::reset() {

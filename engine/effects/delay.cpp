@@ -45,7 +45,7 @@ DelayTimes Delay::times(const DelaySettings& settings) {
 }
 
 void Delay::setSampleRate(float rate) {
-  if (!(rate > 0.0f)) return;
+  if (!usableSampleRate(rate)) return;  // keeps the last good rate
   sampleRate_ = rate;
   leftRing_.setLength(ringLength(rate));
   rightRing_.setLength(ringLength(rate));

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/dsp.h"
+
 namespace ziv {
 namespace {
 
@@ -30,12 +32,12 @@ float windowPeak(const float* window, const float* weights, int length) {
 }  // namespace
 
 int Limiter::lookAhead(float rate) {
-  if (!(rate > 0.0f)) return 0;
+  if (!usableSampleRate(rate)) return 0;
   return std::clamp(static_cast<int>(std::floor(kLookAheadSeconds * rate + 0.5f)), 0, kMaxLookAhead);
 }
 
 void Limiter::setSampleRate(float rate) {
-  if (!(rate > 0.0f)) return;
+  if (!usableSampleRate(rate)) return;  // keeps the last good rate
   lookAhead_ = lookAhead(rate);
   release_ = static_cast<float>(std::pow(0.5, kReleaseHalvingsPerSecond / rate));
   // Smoothstep weights: w[0] = 1 for the sample leaving the delay, falling toward the newest.

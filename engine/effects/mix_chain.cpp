@@ -25,7 +25,7 @@ int MixChain::latency(const Parameter& limiterSwitch, float limiterValue, float 
 }
 
 void MixChain::setSampleRate(float rate) {
-  if (!(rate > 0.0f)) return;
+  if (!usableSampleRate(rate)) return;  // keeps the last good rate
   dcLeft_.setSampleRate(rate);
   dcRight_.setSampleRate(rate);
   chorus_.setSampleRate(rate);

@@ -77,7 +77,13 @@ void NoiseOscillator::render(float* out, int frames, float pitch, float gain, fl
   const float b = std::clamp(narrowness, 0.0f, 1.0f);
   const float c = std::clamp(2.0f * b - kNarrowStart, 0.0f, 1.0f);
   const float smooth = c * c * (3.0f - 2.0f * c);
-  const float level = std::pow(0.5f, pitch / kLevelOctaves) * smooth * kLevelLift + (1.0f - smooth);
+  // The lift makes up for the band the filter really has, which is never below its lowest
+  // frequency nor below where it still is while it slews down. Lifting for the pitch asked for
+  // instead (modulation reaches far below note 0, and jumps) multiplies a band that is wider
+  // than the lift assumes by hundreds.
+  const float bandHz = std::max({pitchToHz(pitch), FilterElement::kMinFrequency, filter_.frequencyHz()});
+  const float level =
+      std::pow(0.5f, hzToPitch(bandHz) / kLevelOctaves) * smooth * kLevelLift + (1.0f - smooth);
   const float b2 = b * b;
   const float q = std::max(kMaxQ * b2 * b2, kMinQ);
   const float outputGain = level * gain * (kNarrowLift * b2 * b + 1.0f);

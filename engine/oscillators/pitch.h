@@ -16,6 +16,10 @@ inline float pitchToHz(float pitch) {
   return kA4Hz * std::pow(2.0f, (pitch - kA4Note) * kSemitoneExponent);
 }
 
+inline float hzToPitch(float hz) {
+  return kA4Note + std::log2(hz / kA4Hz) / kSemitoneExponent;
+}
+
 inline double pitchToCycles(float pitch, float sampleRate) {
   return static_cast<double>(pitchToHz(pitch)) / sampleRate;
 }

@@ -7,30 +7,55 @@ namespace {
 
 AudioEffect* effectOf(AEffect* e) { return e != nullptr ? static_cast<AudioEffect*>(e->object) : nullptr; }
 
+// These four are the C boundary: an exception must never reach the host, which would die of it.
+// Whatever escapes a call is dropped and the call answers as an unsupported one (0, nothing done).
+
 VstIntPtr VST_CALLBACK dispatchEffect(AEffect* e, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,
                                       float opt) {
   AudioEffect* effect = effectOf(e);
   if (effect == nullptr) return 0;
   if (opcode == effClose) {
     // The host is done with the instance: it deletes itself, as VST 2.4 prescribes.
-    effect->dispatcher(opcode, index, value, ptr, opt);
+    try {
+      effect->dispatcher(opcode, index, value, ptr, opt);
+    } catch (...) {
+    }
     delete effect;
     return 1;
   }
-  return effect->dispatcher(opcode, index, value, ptr, opt);
+  try {
+    return effect->dispatcher(opcode, index, value, ptr, opt);
+  } catch (...) {
+    return 0;
+  }
 }
 
 void VST_CALLBACK processReplacingEffect(AEffect* e, float** inputs, float** outputs, VstInt32 frames) {
-  if (AudioEffect* effect = effectOf(e)) effect->processReplacing(inputs, outputs, frames);
+  AudioEffect* effect = effectOf(e);
+  if (effect == nullptr) return;
+  try {
+    effect->processReplacing(inputs, outputs, frames);
+  } catch (...) {
+  }
 }
 
 void VST_CALLBACK setParameterEffect(AEffect* e, VstInt32 index, float value) {
-  if (AudioEffect* effect = effectOf(e)) effect->setParameter(index, value);
+  AudioEffect* effect = effectOf(e);
+  if (effect == nullptr) return;
+  try {
+    effect->setParameter(index, value);
+  } catch (...) {
+  }
 }
 
 float VST_CALLBACK getParameterEffect(AEffect* e, VstInt32 index) {
   AudioEffect* effect = effectOf(e);
-  return effect != nullptr ? effect->getParameter(index) : 0.0f;
+  if (effect == nullptr) return 0.0f;
+  try {
+    return effect->getParameter(index);
+  } catch (...) {
+    return 0.0f;
+  }
 }
 
 }  // namespace
