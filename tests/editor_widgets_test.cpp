@@ -215,10 +215,11 @@ TEST(EditorButtons, ToggleAndModeClicksAreOneGestureEach) {
   EditorHarness editor;
   // "VOICE: Legato Mode", LED at (88, 364).
   editor.calls().clear();
+  const float legato = editor.value(kLegatoMode);
   editor.click(96, 371);
-  EXPECT_FLOAT_EQ(editor.value(kLegatoMode), 1.0f);
+  EXPECT_FLOAT_EQ(editor.value(kLegatoMode), 1.0f - legato);
   editor.click(96, 371);
-  EXPECT_FLOAT_EQ(editor.value(kLegatoMode), 0.0f);
+  EXPECT_FLOAT_EQ(editor.value(kLegatoMode), legato);
   expectGestures(editor.calls(), kLegatoMode, 2);
 
   // "FILTER 1: Mode": its third button ("BP") at (404, 99).
