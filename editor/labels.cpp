@@ -34,7 +34,8 @@ void panel(WidgetContext& context, WidgetId id, const Placement& placement, int 
            const char* title, const char* help) {
   const Rect area = context.place(id, placement, width, height);
   const InputFrame& input = context.input();
-  if (!context.controlHeldMouse() && WidgetContext::contains(area, input.x, input.y)) {
+  if (!context.controlHeldMouse() && !context.controlsCovered() &&
+      WidgetContext::contains(area, input.x, input.y)) {
     context.setHelpText(help);
   }
   queueNineSlice(context.drawList(), look::kLayerPanel, area, imgPanelLarge);
