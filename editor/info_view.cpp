@@ -84,11 +84,9 @@ void infoView(WidgetContext& context, const std::string& version) {
   const Rect whole = context.place(kInfoViewId, Placement{}, kEditorWidth, kEditorHeight);
   const bool wasOpen = view.active;
 
-  // While the view is open the INFO button lies under it and takes no input; a popup over it
-  // keeps its clicks too.
-  WordButton info = hitButton(context, kInfoButtonId, kInfoButtonPlacement, !wasOpen);
-  info.hovered = info.hovered && context.hovered(info.area);
-  info.clicked = info.clicked && info.hovered;
+  // Under the open view, or under a popup, the INFO button takes no input.
+  const WordButton info =
+      hitButton(context, kInfoButtonId, kInfoButtonPlacement, !wasOpen && context.popup().kind == kPopupNone);
   if (info.clicked) view.active = true;
   drawButton(context, info, kInfoLabel, look::kLayerControl);
 
