@@ -1,6 +1,7 @@
 #include "editor/editor_ui.h"
 
 #include "editor/image_table.h"
+#include "editor/info_view.h"
 #include "editor/layout.h"
 #include "editor/popup.h"
 #include "plugin/vst_test.h"
@@ -57,6 +58,10 @@ void EditorUi::runFrame(Canvas& canvas, bool fullRedraw, std::uint32_t nowMs) {
   if (program >= 0) {
     context_.setPendingProgram(-1);
     instance_.setProgram(program);
+  }
+  if (context_.webPageRequested()) {
+    context_.setWebPageRequested(false);
+    if (platform_ != nullptr) platform_->openWebPage(kMakerWebAddress);
   }
   inFrame_ = false;
 }

@@ -1,5 +1,6 @@
 // The widgets that only show something: captions, panels (which also set the help text),
-// dividers and plain text lines.
+// dividers and plain text lines. A panel draws only its title: its frame is part of the
+// background picture, so the untitled panel keeps the logo that the background carries there.
 #include "editor/drawing.h"
 #include "editor/look.h"
 #include "editor/widgets.h"
@@ -34,10 +35,10 @@ void panel(WidgetContext& context, WidgetId id, const Placement& placement, int 
            const char* title, const char* help) {
   const Rect area = context.place(id, placement, width, height);
   const InputFrame& input = context.input();
-  if (!context.controlHeldMouse() && WidgetContext::contains(area, input.x, input.y)) {
+  if (!context.controlHeldMouse() && !context.controlsCovered() &&
+      WidgetContext::contains(area, input.x, input.y)) {
     context.setHelpText(help);
   }
-  queueNineSlice(context.drawList(), look::kLayerPanel, area, imgPanelLarge);
   queueLabel(context, look::kLayerPanelText, area.x + kTitleDx, area.y + kTitleDy, title, fontLarge,
              look::kTitleColour, width - 2 * kTitleDx);
   context.present(id, area, 0);

@@ -7,6 +7,7 @@
 
 #include "editor/drawing.h"
 #include "editor/image_table.h"
+#include "editor/info_view.h"
 #include "editor/look.h"
 #include "editor/program_box.h"
 #include "editor/shape_display.h"
@@ -385,6 +386,7 @@ std::string versionText(int packedVersion) {
 void layoutPass(WidgetContext& context, VstTest& instance, const std::string& version) {
   const Rect whole = context.place(kBackgroundId, Placement{}, kEditorWidth, kEditorHeight);
   queueStretched(context.drawList(), look::kLayerBackground, whole, imageTable::image(imgBackground));
+  infoView(context, version);
   for (const PanelRow& row : kPanels)
     panel(context, row.id, row.placement, row.width, row.height, row.title, row.help);
   for (const ControlRow& row : kControls) placeControl(context, instance, row, version);

@@ -6,7 +6,6 @@ namespace ziv::look {
 
 // Draw layers, drawn in this order; a popup lies above every control.
 constexpr int kLayerBackground = 0;
-constexpr int kLayerPanel = 1;
 constexpr int kLayerPanelText = 2;
 constexpr int kLayerControl = 3;
 constexpr int kLayerControlTop = 4;  // thumbs, lit parts and glyphs over a control's body

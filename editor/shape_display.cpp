@@ -8,6 +8,7 @@
 #include "editor/drawing.h"
 #include "editor/look.h"
 #include "editor/pixel_drawing.h"
+#include "editor/widgets.h"
 #include "engine/modulation/lfo.h"
 #include "engine/shaper.h"
 
@@ -119,7 +120,20 @@ void shapeDisplay(WidgetContext& context, WidgetId id, const Placement& placemen
   Image& picture = context.picture(id);
   picture.width = static_cast<std::uint32_t>(width);
   picture.height = static_cast<std::uint32_t>(kShapeDisplayHeight);
-  const bool changed = context.present(id, area, valuesLook(context.params(), parameters));
+  // Displays also choose their setting: a left click steps to the next choice, a right click learns.
+  ParameterView& params = context.params();
+  const int chosen = parameters.first;
+  if (params.valid(chosen) && context.hovered(area)) {
+    const InputFrame& input = context.input();
+    if (input.left.pressed) {
+      const int n = params.integerValue(chosen);
+      const int next = n < params.rangeMax(chosen) ? n + 1 : params.rangeMin(chosen);
+      params.gesture(chosen, [&] { params.setInteger(chosen, next); });
+    } else if (input.right.pressed) {
+      context.requestPopup(kPopupMidiLearn, chosen, input.x, input.y, kLearnMenuWidth);
+    }
+  }
+  const bool changed = context.present(id, area, valuesLook(params, parameters));
   if (changed || context.fullRedraw()) drawCurve(context, picture, kind, parameters);
 
   queueNineSlice(context.drawList(), look::kLayerControl, area, imgPanelSmall);

@@ -26,6 +26,8 @@ struct ShapeParameters {
 // the view holds now.
 float shapeCurve(ShapeKind kind, const ParameterView& params, const ShapeParameters& parameters, float t);
 
+// A left click on the display steps its first parameter to the next choice (after the last: the
+// first) as one edit gesture; a right click asks for the MIDI-learn menu of that parameter.
 void shapeDisplay(WidgetContext& context, WidgetId id, const Placement& placement, int width,
                   const char* caption, ShapeKind kind, const ShapeParameters& parameters);
 

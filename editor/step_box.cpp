@@ -19,6 +19,11 @@ constexpr int kArrowGlyphUp = 0;  // imgMisc members
 constexpr int kArrowGlyphDown = 1;
 constexpr int kFieldTextDy = 7;
 constexpr int kFieldTextMargin = 8;
+// The caption sits at the bottom of its strip, flush with the field's left edge: close to its own
+// box and clear of a knob's caption that may hang just above the strip (OSC 1's "Gain" over
+// "Cents").
+constexpr int kCaptionDx = 1;
+constexpr int kCaptionDy = 2;
 
 // One arrow: a press steps once and starts a gesture that lasts until release; the button's
 // auto-repeats step again while the pointer stays on the arrow. Returns whether it is held.
@@ -95,8 +100,8 @@ void stepBox(WidgetContext& context, WidgetId id, const Placement& placement, in
   queueLabel(context, look::kLayerText, field.x + field.width / 2, field.y + kFieldTextDy, text, fontSmall,
              held ? look::kValueColour : look::kFieldColour, field.width - kFieldTextMargin, Align::kCentre);
   if (caption != nullptr) {
-    queueLabel(context, look::kLayerText, placed.x + width / 2, placed.y, caption, fontSmall,
-               look::kCaptionColour, width, Align::kCentre);
+    queueLabel(context, look::kLayerText, placed.x + kCaptionDx, placed.y + kCaptionDy, caption, fontSmall,
+               look::kCaptionColour, width - kCaptionDx);
   }
   context.present(id, box, textLook(text) ^ static_cast<std::uint32_t>(held));
   if (held) context.setControlActive();

@@ -67,6 +67,7 @@ void WidgetContext::beginPass(const InputFrame& input, Canvas& canvas, bool full
   controlHeldMouse_ = controlActiveThisPass_;
   controlActiveThisPass_ = false;
   popupOpenAtStart_ = popup_.kind != kPopupNone;
+  controlsCovered_ = false;
 }
 
 Rect WidgetContext::place(WidgetId id, const Placement& placement, int width, int height) {
@@ -104,7 +105,7 @@ bool WidgetContext::contains(const Rect& area, int x, int y) {
 }
 
 bool WidgetContext::hovered(const Rect& area) const {
-  return !popupOpenAtStart_ && contains(area, input_.x, input_.y);
+  return !popupOpenAtStart_ && !controlsCovered_ && contains(area, input_.x, input_.y);
 }
 
 bool WidgetContext::requestPopup(int kind, int parameter, int x, int y, int width) {

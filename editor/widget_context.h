@@ -139,8 +139,12 @@ class WidgetContext {
   void endDragOnRelease(WidgetState& state, int parameter);
 
   // The pointer lies strictly inside `area` (the outermost pixel row and column never hit) and
-  // no popup covers the controls.
+  // neither a popup nor the information view covers the controls.
   bool hovered(const Rect& area) const;
+  // The information view lies over the controls for the rest of this pass: they take no input
+  // and the panels leave the help text alone.
+  void coverControls() { controlsCovered_ = true; }
+  bool controlsCovered() const { return controlsCovered_; }
   static bool contains(const Rect& area, int x, int y);
 
   // The help line's text; a string literal that lives as long as the program.
@@ -161,6 +165,9 @@ class WidgetContext {
   // A program to select once the pass has drawn; -1 for none.
   int pendingProgram() const { return pendingProgram_; }
   void setPendingProgram(int program) { pendingProgram_ = program; }
+  // The maker's web page is to be opened once the pass has drawn.
+  bool webPageRequested() const { return webPageRequested_; }
+  void setWebPageRequested(bool requested) { webPageRequested_ = requested; }
 
   // Marks `area` dirty (with the area drawn before) when `look` differs from what `id` showed
   // last, or when it moved; every widget calls it once per pass with its own look. Answers
@@ -198,8 +205,10 @@ class WidgetContext {
   bool controlHeldMouse_ = false;
   bool controlActiveThisPass_ = false;
   bool popupOpenAtStart_ = false;
+  bool controlsCovered_ = false;
   PopupRequest popup_;
   int pendingProgram_ = -1;
+  bool webPageRequested_ = false;
 };
 
 // Looks made of several values are digests (FNV-1a): start from kFirstLook and mix in each value.

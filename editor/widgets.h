@@ -68,8 +68,8 @@ void targetSelector(WidgetContext& context, WidgetId id, const Placement& placem
 // Text centred on the placement point: `text` while idle, the parameter's value while not.
 void caption(WidgetContext& context, WidgetId id, const Placement& placement, const char* text, int parameter,
              bool idle);
-// A panel's frame and title; hovering it makes `help` the help text unless a control holds the
-// mouse.
+// A panel's title over its frame in the background; hovering it makes `help` the help text
+// unless a control holds the mouse.
 void panel(WidgetContext& context, WidgetId id, const Placement& placement, int width, int height,
            const char* title, const char* help);
 // A horizontal rule inside a panel.

@@ -4,6 +4,7 @@
 
 #include "editor/popup.h"
 #include "editor/program_box.h"
+#include "editor/shape_display.h"
 #include "editor/widgets.h"
 #include "editor_harness.h"
 
@@ -227,6 +228,35 @@ TEST(EditorButtons, ToggleAndModeClicksAreOneGestureEach) {
   editor.click(416, 109);
   EXPECT_NEAR(editor.value(kFilter1Mode), 2.0f / 3.0f, 1e-6);
   expectGestures(editor.calls(), kFilter1Mode, 1);
+}
+
+TEST(EditorShapeDisplay, LeftClickStepsToTheNextChoiceAndRightClickAsksToLearn) {
+  // "OSC 1: Waveform" ("Saw", "Pulse", "Noise"), display 259 at (24, 28, 64 x 36).
+  EditorHarness editor;
+  editor.setValue(kOsc1Waveform, 0.0f);
+  editor.calls().clear();
+  editor.click(56, 46);
+  EXPECT_FLOAT_EQ(editor.value(kOsc1Waveform), 0.5f);
+  editor.click(56, 46);
+  EXPECT_FLOAT_EQ(editor.value(kOsc1Waveform), 1.0f);
+  editor.click(56, 46);  // after the last choice, the first
+  EXPECT_FLOAT_EQ(editor.value(kOsc1Waveform), 0.0f);
+  expectGestures(editor.calls(), kOsc1Waveform, 3);
+  EXPECT_EQ(automations(editor.calls()), 3);
+  // The edge row does not hit.
+  editor.click(24, 46);
+  EXPECT_FLOAT_EQ(editor.value(kOsc1Waveform), 0.0f);
+
+  WidgetBench bench;
+  InputFrame input;
+  input.x = 10;
+  input.y = 10;
+  input.right.pressed = input.right.held = true;
+  bench.context.beginPass(input, bench.canvas, false);
+  shapeDisplay(bench.context, 1, Placement{}, 64, nullptr, ShapeKind::kShaper, {kShaperMode, kShaperDrive});
+  EXPECT_EQ(bench.context.popup().kind, kPopupMidiLearn);
+  EXPECT_EQ(bench.context.popup().parameter, kShaperMode);
+  EXPECT_TRUE(bench.host.record().parameterCalls.empty());
 }
 
 // "OSC 1: Octave", step box 261 at (24, 76): up arrow (64, 88), down arrow (64, 100), field (24, 88).

@@ -22,11 +22,12 @@ constexpr float kTabRadius = 5.0f;
 constexpr Box kLedBody{2.5f, 3.5f, 13.5f, 10.5f};
 constexpr float kLedHalo = 2.5f;
 
-// The switch: a raised square body with an indicator bar across its middle.
+// The switch: a raised square body with an indicator bar along its foot, below the choice's
+// name that the editor writes across the middle (a bar behind the text made it unreadable when lit).
 constexpr Box kToggleFace{2, 2, 22, 19};
 constexpr float kToggleRadius = 4.0f;
-constexpr Box kToggleBar{7, 9, 17, 12};
-constexpr float kToggleHalo = 3.0f;
+constexpr Box kToggleBar{6, 15, 18, 17};
+constexpr float kToggleHalo = 2.0f;
 
 constexpr float kCrossFrom = 4.5f;
 constexpr float kCrossTo = 11.5f;

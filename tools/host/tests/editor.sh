@@ -32,6 +32,23 @@ expect_lines() {  # name pattern count
   [[ "$got" -eq "$3" ]] || fail "$1: expected $3 lines '$2', got $got:"$'\n'"$(cat "$OUT_DIR/$1.txt")"
 }
 
+# The value printed for parameter $2 by the $3-th "params" step of report $1.
+param_value() {  # name index listing
+  awk -v index_="$2" -v n="$3" '$1 == "param" && $2 == index_ && ++seen == n { print $3 }' "$OUT_DIR/$1.txt"
+}
+
+expect_value() {  # name index listing expected tolerance
+  local got
+  got=$(param_value "$1" "$2" "$3")
+  awk -v g="${got:-nan}" -v e="$4" -v t="$5" 'BEGIN { d = g - e; exit !(g != "nan" && d <= t && -d <= t) }' \
+    || fail "$1: parameter $2 in listing $3 is '${got}', expected $4"
+}
+
+# Digest of a rectangle of a screenshot.
+region() {  # file x y width height
+  "$PNG_CHECK" "$1" region "$2" "$3" "$4" "$5" || fail "png_check $*"
+}
+
 # Width and height from a PNG file's header.
 png_size() {
   od -An -tu1 -j16 -N8 "$1" | awk '{ print $1 * 16777216 + $2 * 65536 + $3 * 256 + $4, $5 * 16777216 + $6 * 65536 + $7 * 256 + $8 }'
@@ -112,6 +129,83 @@ SCRIPT
     diff <(grep '^param ' "$OUT_DIR/gestures.txt" | head -108) <(grep '^param ' "$OUT_DIR/gestures.txt" | tail -108) \
       || fail "gestures: the wheel changed parameters"
     ;;
+  knob)
+    # "VOICE: Unison Detune" (index 48), the large knob whose sprite lies at (92, 404, 48 x 48):
+    # dragged 134 pixels up from 0 it reads 1, with Shift 0.134; a double-click resets it to its
+    # default (3 of 0..100) in one gesture; the wheel over it changes nothing.
+    play knob <<'SCRIPT'
+open
+set 48=0
+wait 1
+drag 116 440 116 306 8
+params
+set 48=0
+wait 1
+shift down
+drag 116 440 116 306 8
+shift up
+params
+double 116 440
+params
+move 116 430
+wheel -120
+wheel 240
+wait 2
+params
+SCRIPT
+    expect_value knob 48 1 1.0 1e-6
+    expect_value knob 48 2 0.134 1e-4
+    expect_value knob 48 3 0.03 1e-6
+    expect_value knob 48 4 0.03 1e-6
+    # Between the double-click and the next listing: exactly one begin, one automation, one end.
+    gesture=$(awk '/^mouse double/ { on = 1 } on && /^param / { exit } on && /^callback/ { print $2, $3 }' \
+      "$OUT_DIR/knob.txt" | tr '\n' ' ')
+    [[ "$gesture" == "beginEdit 48 automate 48 endEdit 48 " ]] || fail "knob: the reset's callbacks were '$gesture'"
+    diff <(grep '^param ' "$OUT_DIR/knob.txt" | sed -n 217,324p) <(grep '^param ' "$OUT_DIR/knob.txt" | sed -n 325,432p) \
+      || fail "knob: the wheel changed parameters"
+    ;;
+  help)
+    # The help line (8, 457, 1026 x 12) shows the text of the panel under the pointer: OSC 1's
+    # differs from AMP ENV's, and the same pointer gives the same pixels.
+    play help <<SCRIPT
+open
+move 100 40
+wait 2
+screenshot $OUT_DIR/help_osc1.png
+move 300 100
+wait 2
+screenshot $OUT_DIR/help_amp.png
+wait 2
+screenshot $OUT_DIR/help_amp_again.png
+SCRIPT
+    osc1=$(region "$OUT_DIR/help_osc1.png" 8 457 1026 12)
+    amp=$(region "$OUT_DIR/help_amp.png" 8 457 1026 12)
+    [[ "$osc1" != "$amp" ]] || fail "help: the help line did not change between OSC 1 and AMP ENV"
+    again=$(region "$OUT_DIR/help_amp_again.png" 8 457 1026 12)
+    [[ "$amp" == "$again" ]] || fail "help: the help line changed while the pointer stood still"
+    ;;
+  host)
+    # Host automation and a host program change move the controls on the next frames: the OSC 1
+    # gain knob (160, 28, 48 x 48) and the program box's name (896, 92, 114 x 24).
+    play host <<SCRIPT
+open
+set 1=0
+wait 2
+screenshot $OUT_DIR/host_0.png
+set 1=1
+wait 2
+screenshot $OUT_DIR/host_1.png
+program 5
+wait 2
+screenshot $OUT_DIR/host_2.png
+SCRIPT
+    knob_before=$(region "$OUT_DIR/host_0.png" 160 28 48 48)
+    knob_after=$(region "$OUT_DIR/host_1.png" 160 28 48 48)
+    [[ "$knob_before" != "$knob_after" ]] || fail "host: the gain knob did not follow the host's automation"
+    name_before=$(region "$OUT_DIR/host_1.png" 896 92 114 24)
+    name_after=$(region "$OUT_DIR/host_2.png" 896 92 114 24)
+    [[ "$name_before" != "$name_after" ]] || fail "host: the program box did not follow the host's program change"
+    ;;
   window)
     # The GDI canvas, the window class's lifetime and the text field, checked from inside wine.
     xvfb-run -a wine "$WIN_BUILD_DIR/editor_win_tests.exe" | tee "$OUT_DIR/window.txt"
@@ -124,6 +218,19 @@ SCRIPT
       >"$OUT_DIR/screenshot.txt" || fail "screenshot: vrnhost failed"
     [[ -f "$shot" ]] || fail "screenshot: no $shot"
     [[ $(png_size "$shot") == "1040 472" ]] || fail "screenshot: $shot is $(png_size "$shot"), not 1040 472"
+    # The panels' frames lie where the layout puts the panels: the frame's line runs two pixels
+    # inside the panel's left and top edges, clearly brighter than the ground just outside it.
+    for panel in "8 12 216 112" "8 308 216 152" "224 180 160 280" "544 12 160 80" "712 12 160 128" \
+      "872 12 160 168" "872 348 160 112"; do
+      read -r x y w h <<<"$panel"
+      for probe in "$((x + 1)) $((y + h / 2)) $((x + 2)) $((y + h / 2))" \
+        "$((x + w - 12)) $((y + 1)) $((x + w - 12)) $((y + 2))"; do
+        read -r ox oy ex ey <<<"$probe"
+        outside=$("$PNG_CHECK" "$shot" pixel "$ox" "$oy" | cut -d' ' -f2)
+        edge=$("$PNG_CHECK" "$shot" pixel "$ex" "$ey" | cut -d' ' -f2)
+        ((edge >= outside + 16)) || fail "screenshot: no frame at $ex,$ey of the panel at $panel"
+      done
+    done
     cat "$OUT_DIR/screenshot.txt"
     ;;
   *)
