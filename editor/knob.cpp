@@ -65,7 +65,11 @@ void knob(WidgetContext& context, WidgetId id, const Placement& placement, const
   const Rect source{(frame % kKnobFrameColumns) * frameWidth, (frame / kKnobFrameColumns) * frameHeight,
                     frameWidth, frameHeight};
   context.drawList().queueImage(look::kLayerControl, sprite, strip, source, 255);
-  context.present(id, sprite, static_cast<std::uint32_t>(frame) | static_cast<std::uint32_t>(polarity) << 8);
+  const bool learning = params.waitingForLearn(parameter);
+  if (learning) queueLearnHighlight(context.drawList(), look::kLayerControlTop, placed);
+  context.present(id, learning ? placed : sprite,
+                  static_cast<std::uint32_t>(frame) | static_cast<std::uint32_t>(polarity) << 8 |
+                      static_cast<std::uint32_t>(learning) << 16);
 
   ziv::caption(
       context, id | kFirstPartBit,

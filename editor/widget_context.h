@@ -15,10 +15,12 @@
 #include <cstdint>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "editor/canvas.h"
 #include "editor/draw_list.h"
+#include "editor/editor_platform.h"
 #include "editor/image.h"
 #include "editor/parameter_view.h"
 
@@ -162,6 +164,15 @@ class WidgetContext {
   int pendingProgram() const { return pendingProgram_; }
   void setPendingProgram(int program) { pendingProgram_ = program; }
 
+  // "Rename" asks the program box to open its name field on the next pass; taking the request
+  // clears it.
+  void requestRename() { renameRequested_ = true; }
+  bool takeRenameRequest() { return std::exchange(renameRequested_, false); }
+
+  // The system services of the open window (dialogs, text entry); null when there are none.
+  EditorPlatform* platform() const { return platform_; }
+  void setPlatform(EditorPlatform* platform) { platform_ = platform; }
+
   // Marks `area` dirty (with the area drawn before) when `look` differs from what `id` showed
   // last, or when it moved; every widget calls it once per pass with its own look. Answers
   // whether it did.
@@ -200,6 +211,8 @@ class WidgetContext {
   bool popupOpenAtStart_ = false;
   PopupRequest popup_;
   int pendingProgram_ = -1;
+  bool renameRequested_ = false;
+  EditorPlatform* platform_ = nullptr;
 };
 
 // Looks made of several values are digests (FNV-1a): start from kFirstLook and mix in each value.
