@@ -58,7 +58,7 @@ void queueNineSlice(DrawList& list, int layer, const Rect& area, ImageGroup grou
   }
 }
 
-void queueLearnHighlight(DrawList& list, int layer, const Rect& area) {
+Rect queueLearnHighlight(DrawList& list, int layer, const Rect& area) {
   // Members 0-7 of the group: top-left, top, top-right, left, right, bottom-left, bottom,
   // bottom-right. Corners shrink to half the frame on controls smaller than two of them.
   const Rect frame{area.x - kGlowLineInset, area.y - kGlowLineInset, area.width + 2 * kGlowLineInset,
@@ -79,6 +79,7 @@ void queueLearnHighlight(DrawList& list, int layer, const Rect& area) {
       ++member;
     }
   }
+  return frame;
 }
 
 Rect queueLabel(WidgetContext& context, int layer, int x, int y, const char* text, FontId font, int colour,

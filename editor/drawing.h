@@ -21,8 +21,8 @@ void queueThreePiece(DrawList& list, int layer, const Rect& area, ImageGroup gro
 void queueNineSlice(DrawList& list, int layer, const Rect& area, ImageGroup group);
 
 // The learn highlight: a faint outline (the corners and edges of imgGlowFrame) whose line runs
-// along the border of `area`.
-void queueLearnHighlight(DrawList& list, int layer, const Rect& area);
+// along the border of `area`; returns the area its pictures cover.
+Rect queueLearnHighlight(DrawList& list, int layer, const Rect& area);
 
 enum class Align { kLeft, kCentre };
 

@@ -66,8 +66,9 @@ void knob(WidgetContext& context, WidgetId id, const Placement& placement, const
                     frameWidth, frameHeight};
   context.drawList().queueImage(look::kLayerControl, sprite, strip, source, 255);
   const bool learning = params.waitingForLearn(parameter);
-  if (learning) queueLearnHighlight(context.drawList(), look::kLayerControlTop, placed);
-  context.present(id, learning ? placed : sprite,
+  const Rect shown =
+      learning ? queueLearnHighlight(context.drawList(), look::kLayerControlTop, placed) : sprite;
+  context.present(id, shown,
                   static_cast<std::uint32_t>(frame) | static_cast<std::uint32_t>(polarity) << 8 |
                       static_cast<std::uint32_t>(learning) << 16);
 

@@ -36,7 +36,7 @@ constexpr const char* kDefaultBankFileName = "New Bank.fxb";
 // The submenu keeps clear of the editor's right edge by this much.
 constexpr int kSubmenuEdgeMargin = 16;
 // As many factory banks as fit the editor's height in submenu rows.
-constexpr int kMaxFactoryBanks = (kEditorHeight - 2 * 4) / kSubmenuItemHeight;
+constexpr int kMaxFactoryBanks = (kEditorHeight - 2 * kPopupListPadding) / kSubmenuItemHeight;
 
 constexpr int kLearnItemCount = 3;  // the name, an information line and the action
 

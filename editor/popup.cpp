@@ -9,19 +9,18 @@
 namespace ziv {
 namespace {
 
-constexpr int kListPadding = 4;  // above the first row and below the last
 constexpr int kItemTextDx = 6;
 // The most items a list draws: the longest choice list, the modulation targets, has 48.
 constexpr int kMaxListItems = 64;
 
 Rect itemArea(const PopupList& list, int item) {
   return Rect{list.area.x + (item / list.rows) * list.columnWidth,
-              list.area.y + kListPadding + (item % list.rows) * list.itemHeight, list.columnWidth,
+              list.area.y + kPopupListPadding + (item % list.rows) * list.itemHeight, list.columnWidth,
               list.itemHeight};
 }
 
 int rowsFor(int count, int itemHeight) {
-  return std::max(1, std::min(count, (kEditorHeight - 2 * kListPadding) / itemHeight));
+  return std::max(1, std::min(count, (kEditorHeight - 2 * kPopupListPadding) / itemHeight));
 }
 
 Rect insideEditor(int x, int y, int width, int height) {
@@ -34,11 +33,11 @@ Rect insideEditor(int x, int y, int width, int height) {
 Rect popupListArea(int count, int columnWidth, int x, int y, int itemHeight) {
   const int rows = rowsFor(count, itemHeight);
   const int columns = (count + rows - 1) / rows;
-  return insideEditor(x, y, columns * columnWidth, rows * itemHeight + 2 * kListPadding);
+  return insideEditor(x, y, columns * columnWidth, rows * itemHeight + 2 * kPopupListPadding);
 }
 
 PopupList menuList(WidgetId id, int count, int width, int x, int y, int itemHeight) {
-  return PopupList{id,       insideEditor(x, y, width, count * itemHeight + 2 * kListPadding),
+  return PopupList{id,       insideEditor(x, y, width, count * itemHeight + 2 * kPopupListPadding),
                    count,    count,
                    width,    itemHeight,
                    fontLabel};
@@ -106,7 +105,6 @@ void serveChoiceList(WidgetContext& context) {
   if (chosen >= 0) params.gesture(parameter, [&] { params.setChoice(parameter, chosen); });
   if (chosen != kListNothingChosen) {
     context.closePopup();
-    erasePopupList(context, list.id);
     return;
   }
   context.popupServed();

@@ -19,6 +19,7 @@ constexpr WidgetId kPopupSubmenuId = 0x0B000000;
 constexpr int kPopupItemHeight = 14;  // the selectors' choice lists
 constexpr int kMenuItemHeight = 20;
 constexpr int kSubmenuItemHeight = 30;
+constexpr int kPopupListPadding = 4;  // above a list's first row and below its last
 
 // What a list answers for one pass.
 constexpr int kListNothingChosen = -1;

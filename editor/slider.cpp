@@ -80,8 +80,9 @@ void verticalSlider(WidgetContext& context, WidgetId id, const Placement& placem
   const bool learning = params.waitingForLearn(parameter);
   const Rect outline{track.x - kLearnHighlightGap, track.y - kLearnHighlightGap,
                      track.width + 2 * kLearnHighlightGap, track.height + 2 * kLearnHighlightGap};
-  if (learning) queueLearnHighlight(context.drawList(), look::kLayerControlTop, outline);
-  context.present(id, learning ? outline : track,
+  const Rect shown =
+      learning ? queueLearnHighlight(context.drawList(), look::kLayerControlTop, outline) : track;
+  context.present(id, shown,
                   static_cast<std::uint32_t>(top - placed.y) | static_cast<std::uint32_t>(thumbState) << 16 |
                       static_cast<std::uint32_t>(learning) << 24);
 
