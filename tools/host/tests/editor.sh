@@ -132,8 +132,8 @@ SCRIPT
     cat "$OUT_DIR/screenshot.txt"
     ;;
   learn)
-    # Right-click the SHAPER drive knob, choose "MIDI learn", move controller 74: the menu shows
-    # the mapping and the settings file (128 slots and a stamp) appears in the data folder.
+    # Right-click the SHAPER drive knob, choose "MIDI learn" (the knob is outlined while it
+    # waits), move controller 74: the menu shows the mapping and the settings file (128 slots and a stamp) appears in the data folder.
     settings="$(data_folder)/Vrn ZIV.cfg"
     rm -f "$settings"
     play learn <<SCRIPT
@@ -143,6 +143,7 @@ click 632 65 right
 wait 1
 click 650 99
 wait 2
+screenshot $OUT_DIR/learn-waiting.png
 cc 74 100
 wait 2
 screenshot $OUT_DIR/learn-menu.png
@@ -172,6 +173,7 @@ screenshot $OUT_DIR/program-menu.png
 click 930 270
 wait 2
 type Typed Name
+screenshot $OUT_DIR/rename-field.png
 key enter
 wait 2
 name
