@@ -1,5 +1,7 @@
 #include "editor/drawing.h"
 
+#include <algorithm>
+
 #include "editor/text_fit.h"
 
 namespace ziv {
@@ -14,6 +16,9 @@ int heightOf(const Image& image) {
 Rect wholeOf(const Image& image) {
   return Rect{0, 0, widthOf(image), heightOf(image)};
 }
+
+// The learn highlight's pieces draw their line this far inside their outer edge.
+constexpr int kGlowLineInset = 6;
 
 }  // namespace
 
@@ -51,6 +56,30 @@ void queueNineSlice(DrawList& list, int layer, const Rect& area, ImageGroup grou
                      imageTable::image(group, row * 3 + column));
     }
   }
+}
+
+Rect queueLearnHighlight(DrawList& list, int layer, const Rect& area) {
+  // Members 0-7 of the group: top-left, top, top-right, left, right, bottom-left, bottom,
+  // bottom-right. Corners shrink to half the frame on controls smaller than two of them.
+  const Rect frame{area.x - kGlowLineInset, area.y - kGlowLineInset, area.width + 2 * kGlowLineInset,
+                   area.height + 2 * kGlowLineInset};
+  const Image& corner = imageTable::image(imgGlowFrame, 0);
+  const int w = std::min(widthOf(corner), frame.width / 2), h = std::min(heightOf(corner), frame.height / 2);
+  const int columns[3] = {frame.x, frame.x + w, frame.x + frame.width - w};
+  const int widths[3] = {w, frame.width - 2 * w, w};
+  const int rows[3] = {frame.y, frame.y + h, frame.y + frame.height - h};
+  const int heights[3] = {h, frame.height - 2 * h, h};
+  int member = 0;
+  for (int row = 0; row < 3; ++row) {
+    for (int column = 0; column < 3; ++column) {
+      if (row == 1 && column == 1) continue;  // no centre piece
+      const Rect piece{columns[column], rows[row], widths[column], heights[row]};
+      if (piece.width > 0 && piece.height > 0)
+        queueStretched(list, layer, piece, imageTable::image(imgGlowFrame, member));
+      ++member;
+    }
+  }
+  return frame;
 }
 
 Rect queueLabel(WidgetContext& context, int layer, int x, int y, const char* text, FontId font, int colour,

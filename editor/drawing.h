@@ -20,6 +20,10 @@ void queueThreePiece(DrawList& list, int layer, const Rect& area, ImageGroup gro
 // The nine pieces of `group` (corners at their size, edges and centre stretched) over `area`.
 void queueNineSlice(DrawList& list, int layer, const Rect& area, ImageGroup group);
 
+// The learn highlight: a faint outline (the corners and edges of imgGlowFrame) whose line runs
+// along the border of `area`; returns the area its pictures cover.
+Rect queueLearnHighlight(DrawList& list, int layer, const Rect& area);
+
 enum class Align { kLeft, kCentre };
 
 // `text` (null or empty: nothing) cut with "..." to maxWidth, its top at y and its left edge (kLeft) or its

@@ -3,13 +3,15 @@
 #include "editor/image_table.h"
 #include "editor/info_view.h"
 #include "editor/layout.h"
-#include "editor/popup.h"
 #include "plugin/vst_test.h"
 
 namespace ziv {
 
 EditorUi::EditorUi(VstTest& instance)
-    : instance_(instance), context_(instance, drawList_), version_(versionText(VstTest::kVersion)) {}
+    : instance_(instance),
+      context_(instance, drawList_),
+      menus_(instance),
+      version_(versionText(VstTest::kVersion)) {}
 
 void EditorUi::setShift(bool down) {
   mouse_.shift = down;
@@ -50,7 +52,7 @@ void EditorUi::runFrame(Canvas& canvas, bool fullRedraw, std::uint32_t nowMs) {
   }
   context_.beginPass(input_, canvas, fullRedraw);
   layoutPass(context_, instance_, version_);
-  servePopup(context_);
+  menus_.serve(context_);
   drawList_.flush(canvas);
 
   // A program chosen in this pass is applied once, after everything has been drawn.
@@ -61,7 +63,7 @@ void EditorUi::runFrame(Canvas& canvas, bool fullRedraw, std::uint32_t nowMs) {
   }
   if (context_.webPageRequested()) {
     context_.setWebPageRequested(false);
-    if (platform_ != nullptr) platform_->openWebPage(kMakerWebAddress);
+    if (EditorPlatform* platform = context_.platform()) platform->openWebPage(kMakerWebAddress);
   }
   inFrame_ = false;
 }

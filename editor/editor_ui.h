@@ -15,6 +15,7 @@
 #include "editor/canvas.h"
 #include "editor/draw_list.h"
 #include "editor/editor_platform.h"
+#include "editor/menus.h"
 #include "editor/widget_context.h"
 
 namespace ziv {
@@ -44,8 +45,14 @@ class EditorUi {
 
   // The system services of the open window (dialogs, text entry, browser); null while no window
   // is open, and then the editor offers none of what needs them.
-  void setPlatform(EditorPlatform* platform) { platform_ = platform; }
-  EditorPlatform* platform() const { return platform_; }
+  void setPlatform(EditorPlatform* platform) { context_.setPlatform(platform); }
+  // Closes any open menu (ending a learn its menu started) and drops a pending rename, before
+  // the window goes.
+  void closePopup() {
+    menus_.close(context_);
+    context_.takeRenameRequest();
+  }
+  EditorPlatform* platform() const { return context_.platform(); }
 
   // What the frames share (the help text, the popup request, the widgets' rectangles), for the
   // layers above and for tests.
@@ -53,9 +60,9 @@ class EditorUi {
 
  private:
   VstTest& instance_;
-  EditorPlatform* platform_ = nullptr;
   DrawList drawList_;
   WidgetContext context_;
+  PopupMenus menus_;
   MouseState mouse_;
   InputFrame input_;
   std::string version_;

@@ -65,7 +65,12 @@ void knob(WidgetContext& context, WidgetId id, const Placement& placement, const
   const Rect source{(frame % kKnobFrameColumns) * frameWidth, (frame / kKnobFrameColumns) * frameHeight,
                     frameWidth, frameHeight};
   context.drawList().queueImage(look::kLayerControl, sprite, strip, source, 255);
-  context.present(id, sprite, static_cast<std::uint32_t>(frame) | static_cast<std::uint32_t>(polarity) << 8);
+  const bool learning = params.waitingForLearn(parameter);
+  const Rect shown =
+      learning ? queueLearnHighlight(context.drawList(), look::kLayerControlTop, placed) : sprite;
+  context.present(id, shown,
+                  static_cast<std::uint32_t>(frame) | static_cast<std::uint32_t>(polarity) << 8 |
+                      static_cast<std::uint32_t>(learning) << 16);
 
   ziv::caption(
       context, id | kFirstPartBit,

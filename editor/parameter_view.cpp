@@ -31,6 +31,10 @@ int ParameterView::rangeMax(int index) const {
   return valid(index) ? instance_.engine().parameter(index).hi.load(std::memory_order_relaxed) : 1;
 }
 
+bool ParameterView::waitingForLearn(int index) const {
+  return valid(index) && instance_.midiLearn().state(index).status == LearnStatus::kWaiting;
+}
+
 float ParameterView::defaultValue(int index) const {
   if (!valid(index)) return 0.0f;
   const int lo = rangeMin(index), hi = rangeMax(index);

@@ -36,6 +36,9 @@ class ParameterView {
   const char* choiceName(int index, int choice) const;
   int currentChoice(int index) const;
 
+  // The parameter waits for a controller in MIDI learn.
+  bool waitingForLearn(int index) const;
+
   // Changes, reported to the host as edits made in the editor. `set` passes the value through
   // unclamped (the engine clamps it); `setInteger` keeps n inside the integer range.
   void set(int index, float normalised);

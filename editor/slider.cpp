@@ -77,8 +77,14 @@ void verticalSlider(WidgetContext& context, WidgetId id, const Placement& placem
   queuePicture(context.drawList(), look::kLayerControlTop,
                placed.x + (kSliderWidth - static_cast<int>(thumb.width)) / 2,
                top + (kSliderThumbHeight - static_cast<int>(thumb.height)) / 2, thumb);
-  context.present(id, track,
-                  static_cast<std::uint32_t>(top - placed.y) | static_cast<std::uint32_t>(thumbState) << 16);
+  const bool learning = params.waitingForLearn(parameter);
+  const Rect outline{track.x - kLearnHighlightGap, track.y - kLearnHighlightGap,
+                     track.width + 2 * kLearnHighlightGap, track.height + 2 * kLearnHighlightGap};
+  const Rect shown =
+      learning ? queueLearnHighlight(context.drawList(), look::kLayerControlTop, outline) : track;
+  context.present(id, shown,
+                  static_cast<std::uint32_t>(top - placed.y) | static_cast<std::uint32_t>(thumbState) << 16 |
+                      static_cast<std::uint32_t>(learning) << 24);
 
   ziv::caption(context, id | kSecondPartBit,
                Placement{static_cast<int>(id), kSliderWidth / 2, kSliderTrackTop + trackHeight + kLabelGap},

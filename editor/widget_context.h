@@ -15,10 +15,12 @@
 #include <cstdint>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "editor/canvas.h"
 #include "editor/draw_list.h"
+#include "editor/editor_platform.h"
 #include "editor/image.h"
 #include "editor/parameter_view.h"
 
@@ -169,6 +171,15 @@ class WidgetContext {
   bool webPageRequested() const { return webPageRequested_; }
   void setWebPageRequested(bool requested) { webPageRequested_ = requested; }
 
+  // "Rename" asks the program box to open its name field on the next pass; taking the request
+  // clears it.
+  void requestRename() { renameRequested_ = true; }
+  bool takeRenameRequest() { return std::exchange(renameRequested_, false); }
+
+  // The system services of the open window (dialogs, text entry); null when there are none.
+  EditorPlatform* platform() const { return platform_; }
+  void setPlatform(EditorPlatform* platform) { platform_ = platform; }
+
   // Marks `area` dirty (with the area drawn before) when `look` differs from what `id` showed
   // last, or when it moved; every widget calls it once per pass with its own look. Answers
   // whether it did.
@@ -209,6 +220,8 @@ class WidgetContext {
   PopupRequest popup_;
   int pendingProgram_ = -1;
   bool webPageRequested_ = false;
+  bool renameRequested_ = false;
+  EditorPlatform* platform_ = nullptr;
 };
 
 // Looks made of several values are digests (FNV-1a): start from kFirstLook and mix in each value.

@@ -30,6 +30,7 @@ constexpr int kSliderWidth = 21;
 constexpr int kSliderTrackTop = 22;  // the thumb's range starts this far below the placement
 constexpr int kSliderThumbHeight = 18;
 constexpr int kLearnMenuWidth = 120;
+constexpr int kLearnHighlightGap = 4;  // around a slider waiting for MIDI learn
 
 constexpr int kToggleWidth = 16;  // the LED
 constexpr int kToggleHeight = 14;

@@ -40,6 +40,8 @@ EditorWindow::EditorWindow(EditorUi& ui, HWND parent, int width, int height) : u
   ReleaseDC(window_, windowContext);
   canvas_ = std::make_unique<GdiCanvas>(memoryContext_, window_);
   textField_.attach(window_);
+  platform_ = std::make_unique<Win32Platform>(window_, textField_);
+  ui_.setPlatform(platform_.get());
 
   ShowWindow(window_, SW_SHOW);
   InvalidateRect(window_, nullptr, FALSE);
@@ -50,6 +52,8 @@ EditorWindow::EditorWindow(EditorUi& ui, HWND parent, int width, int height) : u
 EditorWindow::~EditorWindow() {
   // Messages sent while the window goes (capture loss, focus) must not run a frame any more.
   if (window_ != nullptr) SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
+  ui_.closePopup();
+  ui_.setPlatform(nullptr);
   textField_.close();
   KillTimer(window_, kTimerId);
   DestroyWindow(window_);

@@ -18,6 +18,7 @@
 #include "editor/editor_ui.h"
 #include "editor/win32/gdi_canvas.h"
 #include "editor/win32/text_field.h"
+#include "editor/win32/win32_platform.h"
 
 namespace ziv {
 
@@ -29,7 +30,9 @@ class EditorWindow {
   // Creates the child window of `parent` at (0, 0) with its bitmap, shows it and starts the
   // timer; runs no frame (the caller runs the first, full one).
   EditorWindow(EditorUi& ui, HWND parent, int width, int height);
-  // Stops the timer and destroys the window (and a text field inside it) and the bitmap.
+  // The editor has the window's system services (dialogs, text entry) while the window lives.
+  // Closes any open menu, stops the timer and destroys the window (and a text field inside it)
+  // and the bitmap.
   ~EditorWindow();
   EditorWindow(const EditorWindow&) = delete;
   EditorWindow& operator=(const EditorWindow&) = delete;
@@ -61,6 +64,7 @@ class EditorWindow {
   HGDIOBJ initialBitmap_ = nullptr;  // the memory context's own bitmap, put back before deletion
   std::unique_ptr<GdiCanvas> canvas_;
   TextField textField_;
+  std::unique_ptr<Win32Platform> platform_;
 };
 
 }  // namespace ziv

@@ -32,7 +32,15 @@ constexpr Command kCommands[] = {
     {"program", Kind::kProgram},
     {"instance", Kind::kInstance},
     {"destroy", Kind::kDestroy},
+    {"cc", Kind::kController},
+    {"type", Kind::kType},
+    {"key", Kind::kKey},
+    {"name", Kind::kName},
 };
+
+constexpr int kMidiDataMax = 127;
+constexpr int kEnterCode = 13;
+constexpr int kEscapeCode = 27;
 
 // Editor coordinates beyond this are certainly typing mistakes.
 constexpr int kMaxCoordinate = 100000;
@@ -114,11 +122,23 @@ bool parseArguments(std::istringstream& words, EditorStep& step) {
       return readInt(words, 0, kMaxCoordinate, step.count);
     case Kind::kInstance:
       return readInt(words, 0, EditorStep::kMaxInstances - 1, step.count);
+    case Kind::kController:
+      return readInt(words, 0, kMidiDataMax, step.count) && readInt(words, 0, kMidiDataMax, step.data);
+    case Kind::kType:
+      step.text = restOfLine(words);
+      return !step.text.empty();
+    case Kind::kKey: {
+      std::string word;
+      words >> word;
+      step.count = word == "enter" ? kEnterCode : kEscapeCode;
+      return word == "enter" || word == "escape";
+    }
     case Kind::kOpen:
     case Kind::kClose:
     case Kind::kRect:
     case Kind::kParams:
     case Kind::kDestroy:
+    case Kind::kName:
       return true;
   }
   return false;

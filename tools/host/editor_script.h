@@ -20,6 +20,11 @@
 //   program N                 the host selects program N
 //   instance N                make instance N (0..3) current, creating it on first use
 //   destroy                   effClose of the current instance, whether its editor is open or not
+//   cc N V                    MIDI controller N (0..127) with value V (0..127) through
+//                             effProcessEvents, followed by one audio block
+//   type TEXT                 TEXT typed, one character message each, to the window with the focus
+//   key enter|escape          the key typed to the window with the focus
+//   name                      print the current program: "name INDEX NAME"
 //
 // Threads: any; parsing only.
 #pragma once
@@ -49,7 +54,11 @@ struct EditorStep {
     kSet,
     kProgram,
     kInstance,
-    kDestroy
+    kDestroy,
+    kController,
+    kType,
+    kKey,
+    kName
   };
   static constexpr int kLeft = 0;
   static constexpr int kRight = 1;
@@ -60,8 +69,11 @@ struct EditorStep {
   int x = 0, y = 0;    // move, click, double, the drag's start
   int x1 = 0, y1 = 0;  // the drag's end
   int button = kLeft;
-  int count = 0;     // wait: ticks; drag: steps; wheel: delta; program, instance: the number; shift: 1 down
-  std::string text;  // screenshot: the file; set: the parameter's name or index
+  // wait: ticks; drag: steps; wheel: delta; program, instance, cc: the number; shift: 1 down;
+  // key: the character code
+  int count = 0;
+  int data = 0;      // cc: the value
+  std::string text;  // screenshot: the file; set: the parameter's name or index; type: the text
   float value = 0.0f;
   int line = 0;  // in the script, for messages
 };

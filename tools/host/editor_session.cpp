@@ -23,6 +23,7 @@ constexpr int kTickMs = 50;
 constexpr int kSampleRate = 44100;
 constexpr int kBlockSize = 512;
 constexpr int kScreenshotSettleTicks = 1;
+constexpr int kControllerStatus = 0xB0;  // control change, channel 1
 
 struct Instance {
   std::unique_ptr<PluginDriver> driver;
@@ -119,6 +120,21 @@ class EditorSession {
       case Kind::kDestroy:
         destroy(instance);
         out_ << "destroy " << current_ << '\n';
+        return true;
+      case Kind::kController:
+        controller(driver, step.count, step.data);
+        out_ << "cc " << step.count << ' ' << step.data << '\n';
+        return true;
+      case Kind::kType:
+        for (const char c : step.text) typeCharacter(static_cast<unsigned char>(c));
+        out_ << "type " << step.text << '\n';
+        return true;
+      case Kind::kKey:
+        typeCharacter(static_cast<unsigned>(step.count));
+        out_ << "key " << step.count << '\n';
+        return true;
+      case Kind::kName:
+        out_ << "name " << driver.currentProgram() << ' ' << driver.currentProgramName() << '\n';
         return true;
       default:
         return mouse(instance, step, error);
@@ -253,6 +269,26 @@ class EditorSession {
   WORD keyFlags() const {
     return static_cast<WORD>((held_[EditorStep::kLeft] ? MK_LBUTTON : 0) |
                              (held_[EditorStep::kRight] ? MK_RBUTTON : 0) | (shift_ ? MK_SHIFT : 0));
+  }
+
+  // A controller message at the start of one audio block, as a host's MIDI input delivers it.
+  void controller(PluginDriver& driver, int number, int value) {
+    vst2::VstMidiEvent event{};
+    event.type = vst2::kVstMidiType;
+    event.byteSize = sizeof event;
+    event.midiData[0] = static_cast<char>(kControllerStatus);
+    event.midiData[1] = static_cast<char>(number);
+    event.midiData[2] = static_cast<char>(value);
+    driver.sendEvents({event});
+    driver.processReplacing(kBlockSize);
+    pump(0);
+  }
+
+  // A typed character, posted to the window that has the keyboard focus (an editor's text field).
+  void typeCharacter(unsigned code) {
+    HWND focus = GetFocus();
+    if (focus != nullptr) PostMessageW(focus, WM_CHAR, code, 1);
+    pump(0);
   }
 
   // Posts a mouse message at (x, y) and lets the loop dispatch it.

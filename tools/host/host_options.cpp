@@ -269,6 +269,9 @@ std::string usageText() {
       "  params                    print every parameter's value, name and display\n"
       "  set P=V, program N        host automation of parameter P (name or index), host program change\n"
       "  instance N, destroy       switch to plug-in instance N (0..3), creating it; close the instance\n"
+      "  cc N V                    send MIDI controller N with value V (0..127), then one audio block\n"
+      "  type TEXT, key enter|escape  type into the window with the keyboard focus (a text field)\n"
+      "  name                      print the current program's index and name\n"
       "The report prints each step, the host callbacks it caused (automate, beginEdit, endEdit,\n"
       "updateDisplay) and the timer frames' mean wall-clock and CPU time. The editor needs an X display:\n"
       "  xvfb-run -a vrnhost --screenshot editor.png build-win/VrnZIV.dll\n";

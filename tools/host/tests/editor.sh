@@ -54,6 +54,11 @@ png_size() {
   od -An -tu1 -j16 -N8 "$1" | awk '{ print $1 * 16777216 + $2 * 65536 + $3 * 256 + $4, $5 * 16777216 + $6 * 65536 + $7 * 256 + $8 }'
 }
 
+# The plug-in's data folder inside the prefix (the ProgramData known folder).
+data_folder() {
+  echo "$WINEPREFIX/drive_c/ProgramData/quorvantis"
+}
+
 case "$1" in
   prefix)
     bash "$(dirname "$0")/../../wine-prefix.sh"
@@ -232,6 +237,86 @@ SCRIPT
       done
     done
     cat "$OUT_DIR/screenshot.txt"
+    ;;
+  learn)
+    # Right-click the SHAPER drive knob, choose "MIDI learn" (the knob is outlined while it
+    # waits), move controller 74: the menu shows the mapping and the settings file (128 slots and a stamp) appears in the data folder.
+    settings="$(data_folder)/Vrn ZIV.cfg"
+    rm -f "$settings"
+    play learn <<SCRIPT
+open
+wait 2
+click 632 65 right
+wait 1
+click 650 99
+wait 2
+screenshot $OUT_DIR/learn-waiting.png
+cc 74 100
+wait 2
+screenshot $OUT_DIR/learn-menu.png
+click 5 5
+wait 1
+close
+SCRIPT
+    [[ -f "$settings" ]] || fail "learn: no settings file at $settings"
+    [[ $(stat -c %s "$settings") -eq 516 ]] || fail "learn: the settings file has $(stat -c %s "$settings") bytes"
+    ;;
+  menus)
+    # The program/bank menu with the factory bank offered, then renaming through the text field,
+    # saving, initialising and loading the bank through the real file choosers (answered by
+    # xdotool on the same display), and a broken bank file, which shows the "Error" box.
+    factory="$(data_folder)/presets/Vrn1/Factory Presets"
+    mkdir -p "$factory"
+    cp "$WIN_BUILD_DIR/Factory.fxb" "$factory/"
+    rm -f "$OUT_DIR/saved.fxb" "$OUT_DIR/dialogs.txt"
+    echo "not a bank" >"$OUT_DIR/broken.fxb"
+    # Menu rows below the name button (896, 92, 114 x 24): 20 pixels each from y 120.
+    cat >"$OUT_DIR/menus.script" <<SCRIPT
+open
+wait 2
+click 953 104
+wait 2
+screenshot $OUT_DIR/program-menu.png
+click 930 270
+wait 2
+type Typed Name
+screenshot $OUT_DIR/rename-field.png
+key enter
+wait 2
+name
+click 953 104
+wait 1
+click 930 170
+wait 2
+click 953 104
+wait 1
+click 930 190
+wait 2
+name
+click 953 104
+wait 1
+click 930 150
+wait 2
+name
+click 953 104
+wait 1
+click 930 150
+wait 2
+name
+close
+SCRIPT
+    export VRNHOST WIN_BUILD_DIR OUT_DIR
+    export ANSWER="$(dirname "$0")/answer_dialogs.sh"
+    xvfb-run -a bash -c '
+      "$VRNHOST" --win-host "$WIN_BUILD_DIR" --editor "$OUT_DIR/menus.script" "$WIN_BUILD_DIR/VrnZIV.dll" \
+        >"$OUT_DIR/menus.txt" &
+      host=$!
+      bash "$ANSWER" >"$OUT_DIR/dialogs.txt" 2>&1 || kill $host
+      wait $host' || fail "menus: vrnhost failed: $(cat "$OUT_DIR/menus.txt" "$OUT_DIR/dialogs.txt")"
+    expect_lines menus 'name 0 Typed Name' 3
+    expect_lines menus 'name 0 Init Patch' 1
+    [[ -f "$OUT_DIR/saved.fxb" ]] || fail "menus: Save Bank wrote no file"
+    grep -q '^answered Error$' "$OUT_DIR/dialogs.txt" || fail "menus: no Error box: $(cat "$OUT_DIR/dialogs.txt")"
     ;;
   *)
     fail "unknown case '$1'"

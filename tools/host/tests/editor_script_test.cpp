@@ -41,8 +41,12 @@ TEST(EditorScript, ReadsEveryStep) {
       "params\n"
       "rect\n"
       "destroy\n"
-      "close\n");
-  ASSERT_EQ(steps.size(), 19u);
+      "close\n"
+      "cc 74 127\n"
+      "type Warm Pad 2\n"
+      "key escape\n"
+      "name\n");
+  ASSERT_EQ(steps.size(), 23u);
   EXPECT_EQ(steps[0].kind, Kind::kOpen);
   EXPECT_EQ(steps[0].line, 2);
   EXPECT_EQ(steps[1].kind, Kind::kMove);
@@ -65,6 +69,12 @@ TEST(EditorScript, ReadsEveryStep) {
   EXPECT_EQ(steps[13].count, 12);
   EXPECT_EQ(steps[14].count, 3);
   EXPECT_EQ(steps[18].kind, Kind::kClose);
+  EXPECT_EQ(steps[19].kind, Kind::kController);
+  EXPECT_EQ(steps[19].count, 74);
+  EXPECT_EQ(steps[19].data, 127);
+  EXPECT_EQ(steps[20].text, "Warm Pad 2");
+  EXPECT_EQ(steps[21].count, 27);
+  EXPECT_EQ(steps[22].kind, Kind::kName);
 }
 
 TEST(EditorScript, NamesTheLineOfAMistake) {
@@ -74,11 +84,18 @@ TEST(EditorScript, NamesTheLineOfAMistake) {
       "move 1 2 3",        // extra word
       "click 1 2 middle",  // no such button
       "drag 0 0 10 10 0",  // no moves
-      "shift left",       "wait -1", "wait x", "screenshot",
+      "shift left",
+      "wait -1",
+      "wait x",
+      "screenshot",
       "set Cutoff",      // no value
       "set Cutoff=1.5",  // out of range
       "instance 4",      // instances 0..3
       "open now",
+      "cc 128 0",  // controllers 0..127
+      "cc 1",      // no value
+      "type",      // nothing to type
+      "key tab",   // enter or escape only
   };
   for (const char* line : bad) {
     std::string error;
