@@ -98,10 +98,10 @@ void* createBitmap(const Image& entry, std::vector<std::uint8_t>&& pixels) {
   return CreateBitmap(static_cast<int>(entry.width), static_cast<int>(entry.height), 1, 32, pixels.data());
 }
 
-FontHandle createFont(const FontSpec& spec) {
+FontHandle createFont(const FontSpec& style) {
   LOGFONTA description{};
-  description.lfHeight = -spec.pixelHeight;  // character height, not cell height
-  description.lfWeight = spec.bold ? FW_BOLD : FW_NORMAL;
+  description.lfHeight = -style.pixelHeight;  // character height, not cell height
+  description.lfWeight = style.bold ? FW_BOLD : FW_NORMAL;
   description.lfOutPrecision = OUT_TT_ONLY_PRECIS;
   std::strcpy(description.lfFaceName, "Arial");
   return CreateFontIndirectA(&description);
@@ -121,8 +121,8 @@ void* createBitmap(const Image& entry, std::vector<std::uint8_t>&& pixels) {
   return nullptr;
 }
 
-FontHandle createFont(const FontSpec& spec) {
-  return const_cast<FontSpec*>(&spec);
+FontHandle createFont(const FontSpec& style) {
+  return const_cast<FontSpec*>(&style);
 }
 
 void deleteObject(void*) {}

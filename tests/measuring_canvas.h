@@ -1,5 +1,5 @@
 // A canvas that draws nothing and measures every text at a fixed 5 pixels per character (font
-// height as the font's spec says): the editor's core runs on it without a screen, and its
+// height as its FontSpec gives it): the editor's core runs on it without a screen, and its
 // measurements are easy to predict in tests.
 #pragma once
 
