@@ -81,7 +81,13 @@ LRESULT CALLBACK EditorWindow::procedure(HWND window, UINT message, WPARAM wPara
   }
   auto* self = reinterpret_cast<EditorWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
   if (self == nullptr) return DefWindowProcW(window, message, wParam, lParam);
-  return self->handleMessage(message, wParam, lParam);
+  // Nothing the editor throws (an allocation failing inside a frame, above all) may unwind through
+  // the host's message loop: the message then counts as handled.
+  try {
+    return self->handleMessage(message, wParam, lParam);
+  } catch (...) {
+    return 0;
+  }
 }
 
 LRESULT EditorWindow::handleMessage(UINT message, WPARAM wParam, LPARAM lParam) {
