@@ -149,7 +149,7 @@ void VoiceFilter::render(float* buf, int frames, const VoiceFilterInput& in) {
     modeGain_ = bandPass ? std::pow(q / kButterworthQ, kBandPassLift)
                          : std::pow(kButterworthQ / q, kPassBandCompensation);
   }
-  const int shape = bandPass                   ? FilterElement::kBandPass
+  const int shape = bandPass                  ? FilterElement::kBandPass
                     : mode == kFilterHighPass ? FilterElement::kHighPass
                                               : FilterElement::kLowPass;
   elements_[0].render(buf, frames, shape, cutoffHz_, q, modeGain_);
