@@ -44,10 +44,10 @@ bool FilterElement::isSilent() const {
 // The cookbook responses as output mixes of the state-variable filter (input m0, band-pass m1,
 // low-pass m2); the shelves move the integrators' gain by sqrt(A) so that their midpoint sits at
 // the frequency, as the cookbook's do.
-FilterElement::Coefficients FilterElement::design(int shape, double w0, double q, double gain,
+FilterElement::Coefficients FilterElement::design(int shape, double g, double q, double gain,
                                                   double shelfFactor) {
   Coefficients c;
-  c.g = std::tan(0.5 * w0);
+  c.g = g;
   c.k = 1.0 / q;
   const double a = shelfFactor;
   switch (shape) {
@@ -90,8 +90,12 @@ void FilterElement::render(float* buf, int frames, int shape, float freqHz, floa
     const double maxStep = kMaxSlewPerSecond * frames / rate;
     w0_ = std::min(std::max(target, w0_ - maxStep), w0_ + maxStep);
   }
+  if (w0_ != tanW0_) {
+    tanW0_ = w0_;
+    tanHalfW0_ = std::tan(0.5 * w0_);
+  }
   const Coefficients next =
-      design(shape, w0_, std::max(q, kMinQ), gain, std::max(shelfFactor, kMinShelfFactor));
+      design(shape, tanHalfW0_, std::max(q, kMinQ), gain, std::max(shelfFactor, kMinShelfFactor));
   const Coefficients from = started_ ? coefficients_ : next;
   started_ = true;
   coefficients_ = next;

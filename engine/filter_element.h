@@ -73,11 +73,14 @@ class FilterElement {
   struct Coefficients {
     double g = 0.0, k = 1.0, m0 = 1.0, m1 = 0.0, m2 = 0.0;
   };
-  static Coefficients design(int shape, double w0, double q, double gain, double shelfFactor);
+  // g is tan(w0 / 2), computed by the caller.
+  static Coefficients design(int shape, double g, double q, double gain, double shelfFactor);
 
   float sampleRate_ = 44100.0f;
   bool started_ = false;  // false until the first block after a reset
   double w0_ = 0.0;       // angular frequency reached at the end of the last block
+  // The w0 of the last tan(w0 / 2) and its value: tan runs only when w0 moves.
+  double tanW0_ = 0.0, tanHalfW0_ = 0.0;
   Coefficients coefficients_;
   // The integrators' states, and the last two outputs for the silence test.
   double s1_ = 0.0, s2_ = 0.0, y1_ = 0.0, y2_ = 0.0;

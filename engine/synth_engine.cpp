@@ -312,9 +312,19 @@ int SynthEngine::fadingVoiceCount() const {
   return countSounding(fading_);
 }
 
-void SynthEngine::renderVoice(Voice& voice, float globalLfo, float* left, float* right, int frames) {
+void SynthEngine::startVoiceValues() {
   for (int i = 0; i < kParamCount; ++i) {
     if (i != kPitchWheel && i != kModWheel) params_[i].voiceValue = params_[i].globalValue;
+  }
+}
+
+void SynthEngine::renderVoice(Voice& voice, float globalLfo, float* left, float* right, int frames) {
+  // Only the modulation targets can differ from the global values after the previous voice:
+  // every voice-stage source's list is a head of the global LFO's.
+  const ModTargetList targets = modTargets(ModSource::kGlobalLfo);
+  for (int t = 0; t < targets.count; ++t) {
+    const int i = targets.targets[t];
+    if (i != kNoModTarget) params_[i].voiceValue = params_[i].globalValue;
   }
   applyModSource(params_.data(), ModSource::kGlobalLfo, globalLfo, ModStage::kVoice);
   voice.render(voiceBuffer_, frames, params_.data());
@@ -359,6 +369,7 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
   std::fill(left, left + frames, 0.0f);
   std::fill(right, right + frames, 0.0f);
   bool voicesSounded = false;
+  startVoiceValues();
   for (auto* pool : {&voices_, &fading_}) {
     for (Voice& v : *pool) {
       if (v.isSilent()) continue;

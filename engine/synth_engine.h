@@ -102,6 +102,9 @@ class SynthEngine {
   void removeHeld(int note, bool* removed);
   // Stores a wheel's value and puts it in force at once, without a ramp.
   void setWheel(int index, float value);
+  // Sets every voice value but the wheels' to its global value, once per sub-block before the
+  // voices render; renderVoice then restores only what a voice's modulation may have moved.
+  void startVoiceValues();
   // Renders one voice into the sum; globalLfo is the global LFO's routing source for it.
   void renderVoice(Voice& voice, float globalLfo, float* left, float* right, int frames);
 

@@ -82,8 +82,12 @@ void VoiceChain::render(float* out, int frames, const Parameter* params, const V
     if (waveform == kNoiseWaveform) {
       noise_[n].render(out, frames, pitch, gain, (shape + 1.0f) * 0.5f);
     } else {
-      const double ratio = std::pow(2.0, params[rows.sync].voicePhysical() / kSemitonesPerOctave);
-      osc_[n].render(out, frames, pitch, gain, waveform, shape, ratio, in.jumpGain);
+      const float exponent = params[rows.sync].voicePhysical() / kSemitonesPerOctave;
+      if (exponent != syncExponent_[n]) {
+        syncExponent_[n] = exponent;
+        syncRatio_[n] = std::pow(2.0, exponent);
+      }
+      osc_[n].render(out, frames, pitch, gain, waveform, shape, syncRatio_[n], in.jumpGain);
     }
   }
 

@@ -49,6 +49,9 @@ class VoiceChain {
 
  private:
   bool filtersSilent_ = true;
+  // Each OSC's last Sync / 12 and the 2^(Sync / 12) it gave: pow runs only when Sync moves.
+  float syncExponent_[kOscillators] = {0.0f, 0.0f};
+  double syncRatio_[kOscillators] = {1.0, 1.0};
   SawPulseOscillator osc_[kOscillators];
   NoiseOscillator noise_[kOscillators];
   SubOscillator sub_;

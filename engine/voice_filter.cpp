@@ -132,15 +132,27 @@ void VoiceFilter::render(float* buf, int frames, const VoiceFilterInput& in) {
     renderVox(buf, frames, in);
     return;
   }
-  const float freq = cutoffHz(in);
-  const float q = resonance(in.q);
-  if (mode == kFilterBandPass) {
-    elements_[0].render(buf, frames, FilterElement::kBandPass, freq, q,
-                        std::pow(q / kButterworthQ, kBandPassLift));
-  } else {
-    const int shape = mode == kFilterHighPass ? FilterElement::kHighPass : FilterElement::kLowPass;
-    elements_[0].render(buf, frames, shape, freq, q, std::pow(kButterworthQ / q, kPassBandCompensation));
+  const float octaves = cutoffOctaves(in);
+  if (octaves != cutoffOctaves_) {
+    cutoffOctaves_ = octaves;
+    cutoffHz_ = kLowestCutoffHz * std::exp2(octaves);
   }
+  if (in.q != qSetting_) {
+    qSetting_ = in.q;
+    resonance_ = resonance(in.q);
+  }
+  const float q = resonance_;
+  const bool bandPass = mode == kFilterBandPass;
+  if (q != gainResonance_ || bandPass != (gainMode_ == kFilterBandPass)) {
+    gainResonance_ = q;
+    gainMode_ = mode;
+    modeGain_ = bandPass ? std::pow(q / kButterworthQ, kBandPassLift)
+                         : std::pow(kButterworthQ / q, kPassBandCompensation);
+  }
+  const int shape = bandPass                  ? FilterElement::kBandPass
+                    : mode == kFilterHighPass ? FilterElement::kHighPass
+                                              : FilterElement::kLowPass;
+  elements_[0].render(buf, frames, shape, cutoffHz_, q, modeGain_);
 }
 
 void VoiceFilter::renderVox(float* buf, int frames, const VoiceFilterInput& in) {

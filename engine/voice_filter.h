@@ -21,6 +21,8 @@
 // of the element (10 pi rad/s of w0) applies to every mode.
 #pragma once
 
+#include <limits>
+
 #include "engine/dsp.h"
 #include "engine/filter_element.h"
 
@@ -84,6 +86,15 @@ class VoiceFilter {
 
   FilterElement elements_[kFormants];
   int lastMode_ = kFilterLowPass;
+  // The LP, HP and BP modes' last inputs and results of exp2 and pow, which run again only when
+  // their inputs move (NaN: nothing computed yet).
+  float cutoffOctaves_ = std::numeric_limits<float>::quiet_NaN();
+  float cutoffHz_ = 0.0f;
+  float qSetting_ = std::numeric_limits<float>::quiet_NaN();
+  float resonance_ = 0.0f;
+  int gainMode_ = -1;
+  float gainResonance_ = std::numeric_limits<float>::quiet_NaN();
+  float modeGain_ = 0.0f;
   bool voxGainsValid_ = false;  // voxGain_ holds the last VOX block's formant gains
   float voxGain_[kFormants] = {};
   float scratch_[kFormants - 1][kMaxBlock] = {};

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cmath>
+#include <limits>
 
 namespace ziv {
 
@@ -23,5 +24,24 @@ inline float hzToPitch(float hz) {
 inline double pitchToCycles(float pitch, float sampleRate) {
   return static_cast<double>(pitchToHz(pitch)) / sampleRate;
 }
+
+// pitchToCycles with its last arguments and result kept, so that pow runs only when the pitch or
+// the rate moves: a source asks for its previous block's pitch and its new one every block.
+class CyclesCache {
+ public:
+  double cycles(float pitch, float sampleRate) {
+    if (pitch != pitch_ || sampleRate != sampleRate_) {
+      pitch_ = pitch;
+      sampleRate_ = sampleRate;
+      cycles_ = pitchToCycles(pitch, sampleRate);
+    }
+    return cycles_;
+  }
+
+ private:
+  float pitch_ = std::numeric_limits<float>::quiet_NaN();  // NaN: nothing computed yet
+  float sampleRate_ = 0.0f;
+  double cycles_ = 0.0;
+};
 
 }  // namespace ziv

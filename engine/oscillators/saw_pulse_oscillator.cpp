@@ -77,8 +77,8 @@ void SawPulseOscillator::render(float* out, int frames, float pitch, float gain,
   }
 
   const double r0 = ratio_;
-  double f0 = pitchToCycles(pitch_, sampleRate_);
-  double f1 = pitch == pitch_ ? f0 : pitchToCycles(pitch, sampleRate_);
+  double f0 = cyclesCache_.cycles(pitch_, sampleRate_);
+  double f1 = pitch == pitch_ ? f0 : cyclesCache_.cycles(pitch, sampleRate_);
   double g0 = gain_;
   // Fade instead of aliasing once the synced saw would pass Nyquist.
   if (r0 * f0 > kNyquist) {

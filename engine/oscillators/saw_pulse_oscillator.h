@@ -17,6 +17,7 @@
 #pragma once
 
 #include "engine/oscillators/blep_table.h"
+#include "engine/oscillators/pitch.h"
 
 namespace ziv {
 
@@ -74,6 +75,7 @@ class SawPulseOscillator {
   double masterPhase_ = 0.0;
   double ratio_ = 1.0;
   float pitch_ = 0.0f;
+  CyclesCache cyclesCache_;
   double offset_ = 0.0;
   double offsetCycle_ = 0.0;  // a whole number: floor of the offset at the last sample
   double polarity_ = 1.0;

@@ -26,8 +26,8 @@ void SubOscillator::render(float* out, int frames, float pitch, float gain, floa
     pitch_ = pitch;
     gain_ = gain;
   }
-  const double f0 = pitchToCycles(pitch_, sampleRate_);
-  const double f1 = pitch == pitch_ ? f0 : pitchToCycles(pitch, sampleRate_);
+  const double f0 = cyclesCache_.cycles(pitch_, sampleRate_);
+  const double f1 = pitch == pitch_ ? f0 : cyclesCache_.cycles(pitch, sampleRate_);
   const double inv = 1.0 / frames;
   const double dF = (f1 - f0) * inv;
   const double g0 = gain_;

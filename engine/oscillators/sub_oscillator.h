@@ -8,6 +8,8 @@
 // block only advances the phase. Limits: frames per call at most kMaxBlock.
 #pragma once
 
+#include "engine/oscillators/pitch.h"
+
 namespace ziv {
 
 class SubOscillator {
@@ -29,6 +31,7 @@ class SubOscillator {
   bool started_ = false;
   double phase_ = 0.0;
   float pitch_ = 0.0f;
+  CyclesCache cyclesCache_;
   float shape_ = 0.0f;
   double gain_ = 0.0;
 };
