@@ -356,11 +356,13 @@ void SynthEngine::controlVoice(Voice& voice, int frames) {
   VoiceOutput& output = voice.output;
   if (output.gain < 0.0f) output.gain = target;
   output.step = (target - output.gain) / static_cast<float>(frames);
+  output.target = target;
+  output.remaining = frames;
 
   const float width = params_[kUnisonWidth].globalPhysical();
   const float pan = std::clamp((width * voice.panPosition + 1.0f) * 0.5f, 0.0f, 1.0f);
-  output.left = kVoiceHeadroom * std::sqrt(pan);
-  output.right = kVoiceHeadroom * std::sqrt(1.0f - pan);
+  output.panLeft = kVoiceHeadroom * std::sqrt(pan);
+  output.panRight = kVoiceHeadroom * std::sqrt(1.0f - pan);
 }
 
 void SynthEngine::renderVoice(Voice& voice, float* left, float* right, int frames) {
@@ -371,10 +373,13 @@ void SynthEngine::renderVoice(Voice& voice, float* left, float* right, int frame
   for (int i = 0; i < frames; ++i) {
     gain += output.step;
     const float sample = gain * voiceBuffer_[i];
-    left[i] += output.left * sample;
-    right[i] += output.right * sample;
+    left[i] += output.panLeft * sample;
+    right[i] += output.panRight * sample;
   }
-  if (!voice.isSilent()) voice.output.gain = gain;
+  if (voice.isSilent()) return;
+  // The ramp ends exactly on its target, not on the sum of its steps.
+  voice.output.remaining -= frames;
+  voice.output.gain = voice.output.remaining > 0 ? gain : output.target;
 }
 
 void SynthEngine::startTick(double songPositionBeats, double tempoBpm) {
@@ -386,7 +391,6 @@ void SynthEngine::startTick(double songPositionBeats, double tempoBpm) {
   startVoiceValues();
   for (auto* pool : {&voices_, &fading_}) {
     for (Voice& v : *pool) {
-      v.refreshSilence();
       if (!v.isSilent()) controlVoice(v, kControlFrames);
     }
   }
@@ -428,6 +432,12 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
     renderPiece(left + done, right + done, piece);
     tickLeft_ -= piece;
     done += piece;
+    if (tickLeft_ == 0) {
+      // Voices that have rung out are freed on the grid too.
+      for (auto* pool : {&voices_, &fading_}) {
+        for (Voice& v : *pool) v.refreshSilence();
+      }
+    }
   }
 }
 

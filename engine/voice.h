@@ -41,8 +41,10 @@ struct VoiceStart {
 struct VoiceOutput {
   float gain = -1.0f;  // the gain reached so far; below 0 for a fresh voice (no ramp yet)
   float step = 0.0f;   // per sample, to the tick's target
-  float left = 0.0f;   // pan gains
-  float right = 0.0f;
+  float target = 0.0f;
+  int remaining = 0;  // samples until the target
+  float panLeft = 0.0f;
+  float panRight = 0.0f;
 };
 
 struct Voice {
@@ -79,7 +81,7 @@ struct Voice {
 
   int stage() const { return static_cast<int>(ampEnvelope.stage); }
   bool held() const { return ampEnvelope.held(); }
-  // Silent is decided at control tick starts (refreshSilence), when the voice is killed and when
+  // Silent is decided at control tick ends (refreshSilence), when the voice is killed and when
   // a note starts, never in mid-tick: a voice sounds for whole ticks, whatever the host's blocks.
   bool isSilent() const { return silent_; }
   void refreshSilence();
