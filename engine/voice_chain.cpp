@@ -80,7 +80,8 @@ void VoiceChain::render(float* out, int frames, const Parameter* params, const V
     const float shape = params[rows.shape].voicePhysical();
     const int waveform = params[rows.waveform].voiceStepped();
     if (waveform == kNoiseWaveform) {
-      noise_[n].render(out, frames, pitch, gain, (shape + 1.0f) * 0.5f);
+      noise_[n].aim(frames, pitch, gain, (shape + 1.0f) * 0.5f);
+      noise_[n].render(out, frames);
     } else {
       const float exponent = params[rows.sync].voicePhysical() / kSemitonesPerOctave;
       if (exponent != syncExponent_[n]) {
@@ -96,10 +97,12 @@ void VoiceChain::render(float* out, int frames, const Parameter* params, const V
   const float subGain = in.sourcesOn ? params[kSubGain].voiceValue : 0.0f;
   sub_.render(out, frames, subPitch, subGain, params[kSubShape].voicePhysical());
 
-  filter1_.render(out, frames, filterInput(params, kFilter1Params, in));
+  filter1_.aim(frames, filterInput(params, kFilter1Params, in));
+  filter1_.render(out, frames);
   shaper_.render(out, frames, params[kShaperMode].voiceStepped(), params[kShaperDrive].voiceValue,
                  params[kShaperMix].voiceValue);
-  filter2_.render(out, frames, filterInput(params, kFilter2Params, in));
+  filter2_.aim(frames, filterInput(params, kFilter2Params, in));
+  filter2_.render(out, frames);
   filtersSilent_ = filter1_.isSilent() && filter2_.isSilent();
 }
 
