@@ -226,9 +226,11 @@ void FilterTail(benchmark::State& state) {
       } else {
         std::fill(buf.begin(), buf.end(), 0.0f);
       }
-      filter1.render(buf.data(), kMaxBlock, f1);
+      filter1.aim(kMaxBlock, f1);
+      filter1.render(buf.data(), kMaxBlock);
       shaper.render(buf.data(), kMaxBlock, kShaperClip, 0.5f, 0.5f);
-      filter2.render(buf.data(), kMaxBlock, f2);
+      filter2.aim(kMaxBlock, f2);
+      filter2.render(buf.data(), kMaxBlock);
       benchmark::DoNotOptimize(buf.data());
     }
   }

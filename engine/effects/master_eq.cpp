@@ -52,10 +52,14 @@ void MasterEq::render(float* left, float* right, int frames, const MasterEqSetti
   const float lowFactor = shelfFactor(settings.gainLow);
   const float highFactor = shelfFactor(settings.gainHigh);
   const float gain = masterGain(settings.gain);
-  lowLeft_.render(left, frames, FilterElement::kLowShelf, lowHz, kShelfQ, 1.0f, lowFactor);
-  lowRight_.render(right, frames, FilterElement::kLowShelf, lowHz, kShelfQ, 1.0f, lowFactor);
-  highLeft_.render(left, frames, FilterElement::kHighShelf, highHz, kShelfQ, gain, highFactor);
-  highRight_.render(right, frames, FilterElement::kHighShelf, highHz, kShelfQ, gain, highFactor);
+  lowLeft_.aim(frames, FilterElement::kLowShelf, lowHz, kShelfQ, 1.0f, lowFactor);
+  lowLeft_.render(left, frames);
+  lowRight_.aim(frames, FilterElement::kLowShelf, lowHz, kShelfQ, 1.0f, lowFactor);
+  lowRight_.render(right, frames);
+  highLeft_.aim(frames, FilterElement::kHighShelf, highHz, kShelfQ, gain, highFactor);
+  highLeft_.render(left, frames);
+  highRight_.aim(frames, FilterElement::kHighShelf, highHz, kShelfQ, gain, highFactor);
+  highRight_.render(right, frames);
 }
 
 }  // namespace ziv
