@@ -58,6 +58,26 @@ void ChainSilentBlockChorusDelayLimiter(benchmark::State& state) {
   runChain(state, Patch::kChorusDelayAndLimiter, true);
 }
 
+// The chain under sound with the default patch (chorus mix 0, no delay send, limiter off): what
+// the chain costs while notes play and no effect is dialled in.
+void ChainSoundingBlockDefault(benchmark::State& state) {
+  ScopedFlushDenormals denormals;
+  SynthEngine engine;
+  engine.smoothParameters(1.0f);
+  MixChain chain;
+  chain.setSampleRate(kRate);
+  std::vector<float> left(kMaxBlock), right(kMaxBlock);
+  int n = 0;
+  for (auto _ : state) {
+    for (int i = 0; i < kMaxBlock; ++i, ++n)
+      left[i] = right[i] = 0.25f * static_cast<float>((n % 101) - 50) / 50.0f;
+    chain.render(&engine.parameter(0), left.data(), right.data(), kMaxBlock, 120.0, true);
+    benchmark::DoNotOptimize(left.data());
+    benchmark::DoNotOptimize(right.data());
+  }
+  state.SetItemsProcessed(state.iterations() * kMaxBlock);
+}
+
 // The engine with no voice sounding: voice skip plus the idle chain.
 void EngineSilentBlock(benchmark::State& state) {
   ScopedFlushDenormals denormals;
@@ -75,6 +95,7 @@ void EngineSilentBlock(benchmark::State& state) {
 BENCHMARK(ChainSilentBlockIdle);
 BENCHMARK(ChainSilentBlockChorusDelay);
 BENCHMARK(ChainSilentBlockChorusDelayLimiter);
+BENCHMARK(ChainSoundingBlockDefault);
 BENCHMARK(EngineSilentBlock);
 
 }  // namespace
