@@ -381,7 +381,8 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
   // The global effects see the global LFO too (never a voice's held value).
   applyModSource(params_.data(), ModSource::kGlobalLfo, globalLfo, ModStage::kGlobal);
 
-  mixChain_.render(params_.data(), left, right, frames, tempoBpm, voicesSounded);
+  mixChain_.aim(frames, params_.data(), tempoBpm);
+  mixChain_.render(left, right, frames, voicesSounded);
 
   // Whatever went wrong upstream, the host never receives a NaN, an infinity or a blast.
   limitToCeiling(left, frames);

@@ -46,16 +46,22 @@ bool MasterEq::isSilent() const {
   return lowLeft_.isSilent() && lowRight_.isSilent() && highLeft_.isSilent() && highRight_.isSilent();
 }
 
-void MasterEq::render(float* left, float* right, int frames, const MasterEqSettings& settings) {
-  const float lowHz = lowShelfFrequency(settings.freqLow);
-  const float highHz = highShelfFrequency(settings.freqHigh);
-  const float lowFactor = shelfFactor(settings.gainLow);
-  const float highFactor = shelfFactor(settings.gainHigh);
-  const float gain = masterGain(settings.gain);
-  lowLeft_.render(left, frames, FilterElement::kLowShelf, lowHz, kShelfQ, 1.0f, lowFactor);
-  lowRight_.render(right, frames, FilterElement::kLowShelf, lowHz, kShelfQ, 1.0f, lowFactor);
-  highLeft_.render(left, frames, FilterElement::kHighShelf, highHz, kShelfQ, gain, highFactor);
-  highRight_.render(right, frames, FilterElement::kHighShelf, highHz, kShelfQ, gain, highFactor);
+void MasterEq::aim([[maybe_unused]] int frames, const MasterEqSettings& settings) {
+  // FilterElement split: see filt
+  aimed_.lowHz = lowShelfFrequency(settings.freqLow);
+  aimed_.highHz = highShelfFrequency(settings.freqHigh);
+  aimed_.lowFactor = shelfFactor(settings.gainLow);
+  aimed_.highFactor = shelfFactor(settings.gainHigh);
+  aimed_.gain = masterGain(settings.gain);
+}
+
+void MasterEq::render(float* left, float* right, int frames) {
+  // FilterElement split: see filt
+  const Shelves& s = aimed_;
+  lowLeft_.render(left, frames, FilterElement::kLowShelf, s.lowHz, kShelfQ, 1.0f, s.lowFactor);
+  lowRight_.render(right, frames, FilterElement::kLowShelf, s.lowHz, kShelfQ, 1.0f, s.lowFactor);
+  highLeft_.render(left, frames, FilterElement::kHighShelf, s.highHz, kShelfQ, s.gain, s.highFactor);
+  highRight_.render(right, frames, FilterElement::kHighShelf, s.highHz, kShelfQ, s.gain, s.highFactor);
 }
 
 }  // namespace ziv
