@@ -72,7 +72,7 @@ void Chorus::setSampleRate(float rate) {
 void Chorus::reset() {
   leftRing_.clear();
   rightRing_.clear();
-  leftTime_ = -1.0;
+  started_ = false;
   remaining_ = 0;
   idleSamples_ = 0;
 }
@@ -94,11 +94,11 @@ void Chorus::aim(int frames, const ChorusSettings& settings) {
 
   // Nothing reads the rings audibly when the span starts without a wet signal: the times then
   // take their targets at once instead of slewing from wherever they were.
-  const bool fresh = leftTime_ < 0.0;
-  const bool wetSilent = fresh || wet_ <= kSilence;
-  if (fresh) {
+  const bool wetSilent = !started_ || wet_ <= kSilence;
+  if (!started_) {
     dry_ = targetDry;
     wet_ = targetWet;
+    started_ = true;
   }
   bypassed_ = std::max(wet_, targetWet) <= kSilence;
   if (bypassed_) {

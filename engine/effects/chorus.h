@@ -78,9 +78,9 @@ class Chorus {
   int idleLimit_ = 0;       // kIdleSeconds in samples
   double phase_ = 0.0;      // the LFO at the end of the aimed span, 0..1
   double phaseStep_ = 0.0;  // its advance per sample
-  // Running values and their steps per sample. A negative left time: not yet initialised, the
-  // next aim takes its targets at once.
-  double leftTime_ = -1.0, rightTime_ = 0.0, dry_ = 1.0, wet_ = 0.0;
+  bool started_ = false;    // false until the first aim after a reset, which takes its targets at once
+  // Running values and their steps per sample.
+  double leftTime_ = 0.0, rightTime_ = 0.0, dry_ = 1.0, wet_ = 0.0;
   double leftStep_ = 0.0, rightStep_ = 0.0, dryStep_ = 0.0, wetStep_ = 0.0;
   int remaining_ = 0;  // samples of the aimed span not yet rendered
   bool bypassed_ = false;
