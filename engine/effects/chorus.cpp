@@ -80,12 +80,20 @@ void Chorus::reset() {
 void Chorus::aim(int frames, const ChorusSettings& settings) {
   frames = std::clamp(frames, 1, kMaxBlock);
   const double rate = sampleRate_;
-  const double mix = clampUnit(settings.mix);
-  const double targetDry = std::sqrt(1.0 - mix);
-  const double targetWet = std::sqrt(mix);
+  // exp and sqrt run only when their knobs move, so a chorus at rest costs a few comparisons.
+  if (settings.mix != mixInput_) {
+    mixInput_ = settings.mix;
+    const double mix = clampUnit(settings.mix);
+    targetDry_ = std::sqrt(1.0 - mix);
+    targetWet_ = std::sqrt(mix);
+  }
+  if (settings.rate != rateInput_) {
+    rateInput_ = settings.rate;
+    lfoHz_ = std::exp(kRateScale * clampUnit(settings.rate) + kRateOffset);
+  }
+  const double targetDry = targetDry_, targetWet = targetWet_, lfoHz = lfoHz_;
 
   // The LFO runs on whatever the span does, so its phase depends only on the samples rendered.
-  const double lfoHz = std::exp(kRateScale * clampUnit(settings.rate) + kRateOffset);
   phase_ -= remaining_ * phaseStep_;
   phaseStep_ = lfoHz / rate;
   phase_ += frames * lfoHz / rate;

@@ -20,6 +20,8 @@
 // ring. All settings are normalised and clamped to 0..1.
 #pragma once
 
+#include <limits>
+
 #include "engine/effects/delay_ring.h"
 
 namespace ziv {
@@ -66,6 +68,7 @@ class Chorus {
   bool skipping() const { return bypassed_ && idleSamples_ >= idleLimit_; }
 
  private:
+  static constexpr float kNotComputed = std::numeric_limits<float>::quiet_NaN();
   static int ringLength(double rate);
   // Runs the ramps and the delay lines over `frames` samples.
   void process(float* left, float* right, int frames);
@@ -78,7 +81,11 @@ class Chorus {
   int idleLimit_ = 0;       // kIdleSeconds in samples
   double phase_ = 0.0;      // the LFO at the end of the aimed span, 0..1
   double phaseStep_ = 0.0;  // its advance per sample
-  bool started_ = false;    // false until the first aim after a reset, which takes its targets at once
+  // The mix and rate knobs of the last aim and what they gave: gains and the LFO's rate in Hz.
+  // NaN: not yet computed.
+  float mixInput_ = kNotComputed, rateInput_ = kNotComputed;
+  double targetDry_ = 1.0, targetWet_ = 0.0, lfoHz_ = 1.0;
+  bool started_ = false;  // false until the first aim after a reset, which takes its targets at once
   // Running values and their steps per sample.
   double leftTime_ = 0.0, rightTime_ = 0.0, dry_ = 1.0, wet_ = 0.0;
   double leftStep_ = 0.0, rightStep_ = 0.0, dryStep_ = 0.0, wetStep_ = 0.0;

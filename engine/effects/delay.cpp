@@ -47,6 +47,7 @@ DelayTimes Delay::times(const DelaySettings& settings) {
 void Delay::setSampleRate(float rate) {
   if (!usableSampleRate(rate)) return;  // keeps the last good rate
   sampleRate_ = rate;
+  tailFrames_ = 0;  // the decay per span changes with the rate
   leftRing_.setLength(ringLength(rate));
   rightRing_.setLength(ringLength(rate));
 }
@@ -72,8 +73,15 @@ void Delay::aim(int frames, const DelaySettings& settings) {
 
   const float longest = std::max({target_.left, target_.right, leftTime_, rightTime_, kMinTailTime});
   const float feedbackBound = std::max({targetFeedback_, feedback_, kMinTailFeedback});
-  tailRise_ = std::pow(feedbackBound, -longest) * std::max(send_, targetSend_);
-  tailDecay_ = std::pow(feedbackBound, static_cast<float>(frames) / (longest * sampleRate_));
+  // pow runs only when its inputs move, so a delay at rest costs a few comparisons per span.
+  if (longest != tailLongest_ || feedbackBound != tailFeedback_ || frames != tailFrames_) {
+    tailLongest_ = longest;
+    tailFeedback_ = feedbackBound;
+    tailFrames_ = frames;
+    tailGrowth_ = std::pow(feedbackBound, -longest);
+    tailDecay_ = std::pow(feedbackBound, static_cast<float>(frames) / (longest * sampleRate_));
+  }
+  tailRise_ = tailGrowth_ * std::max(send_, targetSend_);
   tailDecayed_ = false;
 
   if (leftTime_ <= 0.0f) {

@@ -89,9 +89,12 @@ class Delay {
   int remaining_ = 0;
   float tail_ = 0.0f;
   // The span's tail rise (while sound enters) and decay factor (while idle), and whether the
-  // decay has been applied.
+  // decay has been applied; F^-T and the decay with the longest time T, the feedback bound F and
+  // the span length they were computed for.
   float tailRise_ = 0.0f, tailDecay_ = 1.0f;
   bool tailDecayed_ = false;
+  float tailGrowth_ = 1.0f, tailLongest_ = 0.0f, tailFeedback_ = 0.0f;
+  int tailFrames_ = 0;
 };
 
 }  // namespace ziv

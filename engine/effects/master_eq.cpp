@@ -47,12 +47,18 @@ bool MasterEq::isSilent() const {
 }
 
 void MasterEq::aim([[maybe_unused]] int frames, const MasterEqSettings& settings) {
+  // exp and pow run only when a knob moves, so an EQ at rest costs a few comparisons per span.
+  const MasterEqSettings& last = lastSettings_;
+  if (settings.freqLow != last.freqLow || settings.freqHigh != last.freqHigh ||
+      settings.gainLow != last.gainLow || settings.gainHigh != last.gainHigh || settings.gain != last.gain) {
+    lastSettings_ = settings;
+    aimed_.lowHz = lowShelfFrequency(settings.freqLow);
+    aimed_.highHz = highShelfFrequency(settings.freqHigh);
+    aimed_.lowFactor = shelfFactor(settings.gainLow);
+    aimed_.highFactor = shelfFactor(settings.gainHigh);
+    aimed_.gain = masterGain(settings.gain);
+  }
   // FilterElement split: see filt
-  aimed_.lowHz = lowShelfFrequency(settings.freqLow);
-  aimed_.highHz = highShelfFrequency(settings.freqHigh);
-  aimed_.lowFactor = shelfFactor(settings.gainLow);
-  aimed_.highFactor = shelfFactor(settings.gainHigh);
-  aimed_.gain = masterGain(settings.gain);
 }
 
 void MasterEq::render(float* left, float* right, int frames) {

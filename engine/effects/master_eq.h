@@ -13,6 +13,8 @@
 // so moving knobs do not zipper.
 #pragma once
 
+#include <limits>
+
 #include "engine/filter_element.h"
 
 namespace ziv {
@@ -51,9 +53,12 @@ class MasterEq {
   bool isSilent() const;
 
  private:
+  static constexpr float kNotAimed = std::numeric_limits<float>::quiet_NaN();
   FilterElement lowLeft_, lowRight_, highLeft_, highRight_;
-  // FilterElement split: see filt. The aimed settings, handed to the elements' one-call form
-  // on every render call; the same as a split element only while a span is rendered whole.
+  // The settings of the last aim (NaN: none yet) and the shelves and gain they gave.
+  MasterEqSettings lastSettings_{kNotAimed, kNotAimed, kNotAimed, kNotAimed, kNotAimed};
+  // FilterElement split: see filt. The aimed shelves, handed to the elements' one-call form on
+  // every render call; the same as a split element only while a span is rendered whole.
   struct Shelves {
     float lowHz = 0.0f, highHz = 0.0f, lowFactor = 1.0f, highFactor = 1.0f, gain = 1.0f;
   };

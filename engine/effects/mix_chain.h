@@ -16,7 +16,9 @@
 // holds for the piece that makes it: no voice, DC blockers at most the silence threshold, the
 // chorus output quiet, the delay's echoes and the EQ's output estimated at most the threshold.
 // The output there is at the threshold's level (scaled by the EQ's gain at most); every sample
-// above it comes out bit-identical whatever the cut.
+// above it comes out bit-identical whatever the cut. One exception: a skipped unit's ramps stand
+// still, so if the delay's or the EQ's settings move just as the chain falls idle, the first span
+// after the sound returns may ramp from a slightly different point.
 // Any non-finite input sample is replaced by 0 first, so one bad voice sample cannot lodge in a
 // delay line or filter state for good.
 #pragma once
