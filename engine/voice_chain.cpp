@@ -87,14 +87,16 @@ void VoiceChain::render(float* out, int frames, const Parameter* params, const V
         syncExponent_[n] = exponent;
         syncRatio_[n] = std::pow(2.0, exponent);
       }
-      osc_[n].render(out, frames, pitch, gain, waveform, shape, syncRatio_[n], in.jumpGain);
+      osc_[n].aim(frames, pitch, gain, waveform, shape, syncRatio_[n], in.jumpGain);
+      osc_[n].render(out, frames);
     }
   }
 
   const float subPitch = in.pitch + kSemitonesPerOctave * params[kSubOctave].voiceStepped() +
                          kInternalPitchSpan * params[kSubPitch].voicePhysical();
   const float subGain = in.sourcesOn ? params[kSubGain].voiceValue : 0.0f;
-  sub_.render(out, frames, subPitch, subGain, params[kSubShape].voicePhysical());
+  sub_.aim(frames, subPitch, subGain, params[kSubShape].voicePhysical());
+  sub_.render(out, frames);
 
   filter1_.render(out, frames, filterInput(params, kFilter1Params, in));
   shaper_.render(out, frames, params[kShaperMode].voiceStepped(), params[kShaperDrive].voiceValue,
