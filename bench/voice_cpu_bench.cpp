@@ -224,7 +224,8 @@ void FilterTail(benchmark::State& state) {
         std::fill(buf.begin(), buf.end(), 0.0f);
       }
       filter1.render(buf.data(), kMaxBlock, f1);
-      shaper.render(buf.data(), kMaxBlock, kShaperClip, 0.5f, 0.5f);
+      shaper.aim(kMaxBlock, kShaperClip, 0.5f, 0.5f);
+      shaper.render(buf.data(), kMaxBlock);
       filter2.render(buf.data(), kMaxBlock, f2);
       benchmark::DoNotOptimize(buf.data());
     }

@@ -99,8 +99,9 @@ void VoiceChain::render(float* out, int frames, const Parameter* params, const V
   sub_.render(out, frames);
 
   filter1_.render(out, frames, filterInput(params, kFilter1Params, in));
-  shaper_.render(out, frames, params[kShaperMode].voiceStepped(), params[kShaperDrive].voiceValue,
-                 params[kShaperMix].voiceValue);
+  shaper_.aim(frames, params[kShaperMode].voiceStepped(), params[kShaperDrive].voiceValue,
+              params[kShaperMix].voiceValue);
+  shaper_.render(out, frames);
   filter2_.render(out, frames, filterInput(params, kFilter2Params, in));
   filtersSilent_ = filter1_.isSilent() && filter2_.isSilent();
 }
