@@ -30,10 +30,11 @@
 // shapes the next samples of it, in as many calls as the caller likes, with bit-identical output
 // and state whatever the split. Drive and mix ramp linearly across the aimed span from where the
 // rendered samples left them; the first aim after reset() takes them at once. Each shaped sample
-// is worked out from its own inputs alone (see shapeSteps), so quiet input, which takes cheaper
-// paths, gives the same samples however the span is cut. Limits: mode changes switch at the
-// span's start (the curves differ, a change mid-note may be heard as a step in timbre); "Sine",
-// "Crush" and "Fold" clamp their input to +-1e4 (far beyond any level a voice reaches).
+// is worked out from its own inputs alone (see shapeSteps in shaper.cpp), so quiet input, which
+// takes cheaper paths, gives the same samples however the span is cut. Limits: mode changes
+// switch at the span's start (the curves differ, a change mid-note may be heard as a step in
+// timbre); "Sine", "Crush" and "Fold" clamp their input to +-1e4 (far beyond any level a voice
+// reaches).
 #pragma once
 
 #include "engine/dsp.h"
