@@ -228,7 +228,8 @@ void FilterTail(benchmark::State& state) {
       }
       filter1.aim(kMaxBlock, f1);
       filter1.render(buf.data(), kMaxBlock);
-      shaper.render(buf.data(), kMaxBlock, kShaperClip, 0.5f, 0.5f);
+      shaper.aim(kMaxBlock, kShaperClip, 0.5f, 0.5f);
+      shaper.render(buf.data(), kMaxBlock);
       filter2.aim(kMaxBlock, f2);
       filter2.render(buf.data(), kMaxBlock);
       benchmark::DoNotOptimize(buf.data());
