@@ -427,7 +427,8 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
   for (int done = 0; done < frames;) {
     // A tick starting here ends kControlFrames on; its song position is extrapolated from the
     // position at the end of these frames.
-    if (tickLeft_ == 0) startTick(songPositionBeats + (done + kControlFrames - frames) * beatsPerFrame, tempoBpm);
+    if (tickLeft_ == 0)
+      startTick(songPositionBeats + (done + kControlFrames - frames) * beatsPerFrame, tempoBpm);
     const int piece = std::min(frames - done, tickLeft_);
     renderPiece(left + done, right + done, piece);
     tickLeft_ -= piece;

@@ -52,7 +52,9 @@ class ProcessingScope {
 }  // namespace
 
 VstTest::VstTest(vst2::AudioMasterCallback audioMaster, std::unique_ptr<SynthEngine> engine)
-    : VstTestModule(audioMaster, kProgramCount, std::move(engine)), midiLearn_(settingsFilePath()), tempo_(kDefaultTempo) {
+    : VstTestModule(audioMaster, kProgramCount, std::move(engine)),
+      midiLearn_(settingsFilePath()),
+      tempo_(kDefaultTempo) {
   SynthEngine& synth = this->engine();
   synth.setSampleRate(44100.0f);
 

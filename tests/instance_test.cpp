@@ -12,8 +12,6 @@
 namespace ziv::testing {
 namespace {
 
-
-
 const Voice* voicePlaying(SynthEngine& engine, int note) {
   for (int slot = 0; slot < kVoiceCount; ++slot) {
     const Voice& v = engine.voice(slot);
@@ -27,7 +25,9 @@ bool held(SynthEngine& engine, int note) {
   return v != nullptr && v->held();
 }
 
-void setPolyphony(TestHost& host, int voices) { host.plugin().setParameter(kPolyphony, (voices - 1) / 23.0f); }
+void setPolyphony(TestHost& host, int voices) {
+  host.plugin().setParameter(kPolyphony, (voices - 1) / 23.0f);
+}
 
 TEST(Instance, ReportsItselfToTheHost) {
   TestHost host;

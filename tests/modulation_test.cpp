@@ -204,8 +204,8 @@ TEST(VoiceGain, StackedModulationStopsAtTheRangesTop) {
                                     std::pair{kGlobalLfoTarget1, ModSource::kGlobalLfo},
                                     std::pair{kModWheelTarget1, ModSource::kModWheel}}) {
       const ModTargetList list = modTargets(source);
-      const int position = static_cast<int>(std::find(list.targets, list.targets + list.count, kVoiceGain) -
-                                            list.targets);
+      const int position =
+          static_cast<int>(std::find(list.targets, list.targets + list.count, kVoiceGain) - list.targets);
       plugin.setParameter(selector + 2 * slot, static_cast<float>(position) / (list.count - 1));
       plugin.setParameter(selector + 2 * slot + 1, 1.0f);
     }

@@ -1,13 +1,15 @@
-// What a player hears at the edges of notes: notes start on their own frame whatever the host's
-// block size, a voice taken over by a new note fades out instead of clicking, and a wheel moved
-// on a note's frame is in force from the note's first sample.
+// What a player hears at the edges of notes: notes start on their own frame and renders do not
+// depend on the host's block size, a voice taken over by a new note fades out instead of
+// clicking, and a wheel moved on a note's frame is in force from the note's first sample.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <functional>
 #include <vector>
 
+#include "engine/dsp.h"
 #include "engine/modulation/mod_routing.h"
 #include "test_host.h"
 
@@ -25,7 +27,8 @@ void setModulation(TestHost& host, ModSource source, int target, float amount) {
   for (const auto& s : kSelectors) {
     if (s.source != source) continue;
     const ModTargetList list = modTargets(source);
-    const int position = static_cast<int>(std::find(list.targets, list.targets + list.count, target) - list.targets);
+    const int position =
+        static_cast<int>(std::find(list.targets, list.targets + list.count, target) - list.targets);
     host.plugin().setParameter(s.selector, static_cast<float>(position) / (list.count - 1));
     host.setPhysical(s.selector + 1, amount);
   }
@@ -143,10 +146,10 @@ std::vector<float> playPhrase(int program, int block) {
     int frame, status, data1, data2;
   };
   static const std::vector<Event> kPhrase = {
-      {0, 0x90, 48, 100},     {3001, 0x90, 55, 90},   {7777, 0xE0, 0, 80},    {9950, 0x90, 60, 110},
-      {12345, 0x80, 48, 0},   {15000, 0xB0, 1, 90},   {17777, 0x90, 64, 70},  {20000, 0x80, 55, 0},
-      {25001, 0x80, 60, 0},   {25001, 0x90, 67, 127}, {28000, 0xE0, 0, 64},   {31313, 0x80, 64, 0},
-      {33333, 0xB0, 1, 0},    {38000, 0x80, 67, 0},   {40123, 0x90, 52, 100}, {47000, 0x80, 52, 0}};
+      {0, 0x90, 48, 100},   {3001, 0x90, 55, 90},   {7777, 0xE0, 0, 80},    {9950, 0x90, 60, 110},
+      {12345, 0x80, 48, 0}, {15000, 0xB0, 1, 90},   {17777, 0x90, 64, 70},  {20000, 0x80, 55, 0},
+      {25001, 0x80, 60, 0}, {25001, 0x90, 67, 127}, {28000, 0xE0, 0, 64},   {31313, 0x80, 64, 0},
+      {33333, 0xB0, 1, 0},  {38000, 0x80, 67, 0},   {40123, 0x90, 52, 100}, {47000, 0x80, 52, 0}};
   constexpr int kFrames = 66150;  // 1.5 s, past the last release's start
   TestHost host;
   if (program >= 0) {
@@ -164,27 +167,28 @@ std::vector<float> playPhrase(int program, int block) {
 
 TEST(Playing, RendersAreIdenticalAtEveryHostBlockSize) {
   // Envelopes, LFOs, glide and every unit's ramps run on a grid of their own, not the host's
-  // blocks: whatever the block size, the same MIDI renders the same samples. A busy patch and
-  // factory programs with fast filter envelopes, LFOs, unison, noise and VOX.
-  std::vector<int> programs = {-1};
-  if (getenv("ALLPROG")) for (int p = 0; p < 100; ++p) programs.push_back(p);
-  for (int program : programs) {
-    const std::vector<float> reference = playPhrase(program, 128);
-    double signal = 0.0;
-    for (float x : reference) signal += static_cast<double>(x) * x;
-    ASSERT_GT(signal, 0.0) << "program " << program;
+  // blocks: whatever the block size, the same MIDI renders the same samples, through a busy patch
+  // and every factory program. The one exception is where a sound dies away: the effects' idle
+  // tests look at each piece of audio, so the piece that sees the tail fall silent may differ,
+  // but only in samples at the silence threshold.
+  constexpr float kQuiet = 4.0f * kSilence;
+  int identical = 0, renders = 0;
+  for (int program = -1; program < VstTest::kProgramCount; ++program) {
+    const std::vector<float> reference = playPhrase(program, kMaxBlock);
+    ASSERT_GT(*std::max_element(reference.begin(), reference.end()), 0.01f) << "program " << program;
     for (int block : {16, 64, 100, 1000, 4096}) {
       const std::vector<float> other = playPhrase(program, block);
-      double difference = 0.0;
+      int loudDifferences = 0;
       for (std::size_t i = 0; i < reference.size(); ++i) {
-        const double d = static_cast<double>(other[i]) - reference[i];
-        difference += d * d;
+        const bool quiet = std::fabs(reference[i]) <= kQuiet && std::fabs(other[i]) <= kQuiet;
+        if (other[i] != reference[i] && !quiet) ++loudDifferences;
       }
-      const double belowDb = difference > 0.0 ? 10.0 * std::log10(signal / difference) : 999.0;
-      printf("program %d block %d: %.1f dB\n", program, block, belowDb);
-      EXPECT_GE(belowDb, 60.0) << "program " << program << ", block " << block;
+      EXPECT_EQ(loudDifferences, 0) << "program " << program << ", block " << block;
+      identical += other == reference ? 1 : 0;
+      ++renders;
     }
   }
+  std::printf("%d of %d renders identical to the render at blocks of %d\n", identical, renders, kMaxBlock);
 }
 
 TEST(Playing, TakenOverVoicesFadeInsteadOfClicking) {
