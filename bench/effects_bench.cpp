@@ -16,6 +16,12 @@ namespace {
 
 constexpr float kRate = 44100.0f;
 
+void renderSpan(MixChain& chain, const SynthEngine& engine, std::vector<float>& left,
+                std::vector<float>& right, bool voicesSounded) {
+  chain.aim(kMaxBlock, &engine.parameter(0), 120.0);
+  chain.render(left.data(), right.data(), kMaxBlock, voicesSounded);
+}
+
 enum class Patch { kDefault, kChorusAndDelay, kChorusDelayAndLimiter };
 
 void runChain(benchmark::State& state, Patch patch, bool voicesSounded) {
@@ -33,14 +39,14 @@ void runChain(benchmark::State& state, Patch patch, bool voicesSounded) {
   std::vector<float> left(kMaxBlock), right(kMaxBlock);
   // A sounding block first, so the delay has a tail, then enough blocks for the idle counters.
   left[0] = right[0] = 0.5f;
-  chain.render(&engine.parameter(0), left.data(), right.data(), kMaxBlock, 120.0, true);
+  renderSpan(chain, engine, left, right, true);
   for (int b = 0; b < 100; ++b) {
-    chain.render(&engine.parameter(0), left.data(), right.data(), kMaxBlock, 120.0, voicesSounded);
+    renderSpan(chain, engine, left, right, voicesSounded);
   }
   for (auto _ : state) {
     std::fill(left.begin(), left.end(), 0.0f);
     std::fill(right.begin(), right.end(), 0.0f);
-    chain.render(&engine.parameter(0), left.data(), right.data(), kMaxBlock, 120.0, voicesSounded);
+    renderSpan(chain, engine, left, right, voicesSounded);
     benchmark::DoNotOptimize(left.data());
     benchmark::DoNotOptimize(right.data());
   }
@@ -56,6 +62,26 @@ void ChainSilentBlockChorusDelay(benchmark::State& state) {
 }
 void ChainSilentBlockChorusDelayLimiter(benchmark::State& state) {
   runChain(state, Patch::kChorusDelayAndLimiter, true);
+}
+
+// The chain under sound with the default patch (chorus mix 0, no delay send, limiter off): what
+// the chain costs while notes play and no effect is dialled in.
+void ChainSoundingBlockDefault(benchmark::State& state) {
+  ScopedFlushDenormals denormals;
+  SynthEngine engine;
+  engine.smoothParameters(1.0f);
+  MixChain chain;
+  chain.setSampleRate(kRate);
+  std::vector<float> left(kMaxBlock), right(kMaxBlock);
+  int n = 0;
+  for (auto _ : state) {
+    for (int i = 0; i < kMaxBlock; ++i, ++n)
+      left[i] = right[i] = 0.25f * static_cast<float>((n % 101) - 50) / 50.0f;
+    renderSpan(chain, engine, left, right, true);
+    benchmark::DoNotOptimize(left.data());
+    benchmark::DoNotOptimize(right.data());
+  }
+  state.SetItemsProcessed(state.iterations() * kMaxBlock);
 }
 
 // The engine with no voice sounding: voice skip plus the idle chain.
@@ -75,6 +101,7 @@ void EngineSilentBlock(benchmark::State& state) {
 BENCHMARK(ChainSilentBlockIdle);
 BENCHMARK(ChainSilentBlockChorusDelay);
 BENCHMARK(ChainSilentBlockChorusDelayLimiter);
+BENCHMARK(ChainSoundingBlockDefault);
 BENCHMARK(EngineSilentBlock);
 
 }  // namespace

@@ -39,11 +39,15 @@ void OscillatorAlias(benchmark::State& state) {
     osc.setSampleRate(kRate);
     osc.start(0.0);
     std::vector<float> settle(kMaxBlock);
-    for (int i = 0; i < kSecond; i += kMaxBlock)
-      osc.render(settle.data(), kMaxBlock, note, 1.0f, mode, shape, ratio, false);
+    for (int i = 0; i < kSecond; i += kMaxBlock) {
+      osc.aim(kMaxBlock, note, 1.0f, mode, shape, ratio, false);
+      osc.render(settle.data(), kMaxBlock);
+    }
     std::fill(x.begin(), x.end(), 0.0f);
     for (int i = 0; i < kSecond; i += kMaxBlock) {
-      osc.render(x.data() + i, std::min(kMaxBlock, kSecond - i), note, 1.0f, mode, shape, ratio, false);
+      const int span = std::min(kMaxBlock, kSecond - i);
+      osc.aim(span, note, 1.0f, mode, shape, ratio, false);
+      osc.render(x.data() + i, span);
     }
     benchmark::DoNotOptimize(x.data());
   }
@@ -63,7 +67,9 @@ void ShaperAlias(benchmark::State& state) {
     shaper.setSampleRate(kRate);
     shaper.reset();
     for (int i = 0; i < 2 * kSecond; i += kMaxBlock) {
-      shaper.render(x.data() + i, std::min(kMaxBlock, 2 * kSecond - i), mode, 1.0f, 1.0f);
+      const int span = std::min(kMaxBlock, 2 * kSecond - i);
+      shaper.aim(span, mode, 1.0f, 1.0f);
+      shaper.render(x.data() + i, span);
     }
     benchmark::DoNotOptimize(x.data());
   }

@@ -97,27 +97,56 @@ float advanceEnvelope(EnvelopeState& state, float dt, const EnvelopeTimes& times
   return state.level;
 }
 
-void applyEnvelopeGain(EnvelopeState& state, const EnvelopeTimes& times, float* buf, int frames,
-                       float sampleRate) {
-  double gain = state.level;
+void EnvelopeGain::aim(EnvelopeState& state, const EnvelopeTimes& times, int frames, float sampleRate) {
+  pieces_ = 0;
+  piece_ = 0;
+  double gain = gain_;
   int done = 0;
   while (done < frames) {
     int length = frames - done;
-    if (state.stage == kStageAttack || state.stage == kStageDecay) {
+    if ((state.stage == kStageAttack || state.stage == kStageDecay) && pieces_ < kMaxPieces - 1) {
       const float stageTime = state.stage == kStageAttack ? times.attack : times.decay;
       const double untilStageEnd = std::floor((1.0 - state.progress) * stageTime * sampleRate + 1.0);
       length = static_cast<int>(std::min(std::max(untilStageEnd, 1.0), static_cast<double>(length)));
     }
     const double target = advanceEnvelope(state, static_cast<float>(length) / sampleRate, times);
-    const double step = (target - gain) / length;
+    length_[pieces_] = length;
+    step_[pieces_] = (target - gain) / length;
+    end_[pieces_] = target;
+    ++pieces_;
+    gain = target;
+    done += length;
+  }
+  pieceLeft_ = pieces_ > 0 ? length_[0] : 0;
+}
+
+int EnvelopeGain::remaining() const {
+  int left = pieceLeft_;
+  for (int p = piece_ + 1; p < pieces_; ++p) left += length_[p];
+  return left;
+}
+
+void EnvelopeGain::apply(float* buf, int frames) {
+  double gain = gain_;
+  int done = 0;
+  while (done < frames && piece_ < pieces_) {
+    const int length = std::min(frames - done, pieceLeft_);
+    const double step = step_[piece_];
     float* out = buf + done;
     for (int i = 0; i < length; ++i) {
       gain += step;
       out[i] = static_cast<float>(out[i] * gain);
     }
-    gain = target;
     done += length;
+    pieceLeft_ -= length;
+    if (pieceLeft_ == 0) {
+      // Each piece ends exactly on its level, not on the sum of its steps.
+      gain = end_[piece_];
+      if (++piece_ < pieces_) pieceLeft_ = length_[piece_];
+    }
   }
+  for (int i = done; i < frames; ++i) buf[i] = static_cast<float>(buf[i] * gain);
+  gain_ = gain;
 }
 
 void releaseEnvelope(EnvelopeState& state) {

@@ -54,12 +54,37 @@ EnvelopeTimes modEnvelopeTimes(const Parameter* params);
 // Advances by dt seconds and returns the new level.
 float advanceEnvelope(EnvelopeState& state, float dt, const EnvelopeTimes& times);
 
-// Multiplies buf[0..frames) by the envelope, advancing it across the block. The block is cut
-// where the attack or the decay ends, so a stage change lands on its own sample, and within each
-// piece the gain moves linearly (in double precision) from the level at its start to the level
-// at its end: the gain never steps.
-void applyEnvelopeGain(EnvelopeState& state, const EnvelopeTimes& times, float* buf, int frames,
-                       float sampleRate);
+// The amplitude envelope's gain over one aimed span of samples, as straight pieces: the span is
+// cut where the attack or the decay ends, so a stage change lands on its own sample, and within
+// each piece the gain moves linearly (in double precision) from the level at its start to the
+// level at its end: the gain never steps. aim() advances the envelope state to the end of the
+// span at once; apply() then multiplies the span's samples by the gain in any number of calls,
+// with the same result whatever the split. Audio thread.
+class EnvelopeGain {
+ public:
+  // Sets up the next `frames` samples (1..kMaxBlock) from the gain reached so far, advancing
+  // `state` to the end of the span.
+  void aim(EnvelopeState& state, const EnvelopeTimes& times, int frames, float sampleRate);
+  // Multiplies buf[0..frames) by the next frames of the span's gain. Past the span's end the
+  // gain holds its last value.
+  void apply(float* buf, int frames);
+  // Starts again from `state` as it stands (its level), without a ramp: after a reset.
+  void jumpTo(const EnvelopeState& state) { gain_ = state.level, pieces_ = 0, piece_ = 0, pieceLeft_ = 0; }
+  // The gain reached after the samples applied so far, and the span's samples not yet applied.
+  double gain() const { return gain_; }
+  int remaining() const;
+
+ private:
+  // Attack, decay and sustain or release: a span holds at most three pieces, one spare.
+  static constexpr int kMaxPieces = 4;
+  int length_[kMaxPieces] = {};
+  double step_[kMaxPieces] = {};
+  double end_[kMaxPieces] = {};  // the exact level each piece ends on
+  int pieces_ = 0;
+  int piece_ = 0;      // the piece being applied
+  int pieceLeft_ = 0;  // its samples not yet applied
+  double gain_ = 0.0;
+};
 
 // Enters the release from the current level, unless already releasing.
 void releaseEnvelope(EnvelopeState& state);

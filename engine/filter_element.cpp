@@ -1,5 +1,5 @@
-// Cookbook responses from a trapezoidal state-variable filter with per-block frequency slew,
-// per-sample coefficient ramps and a restart crossfade; see filter_element.h.
+// Cookbook responses from a trapezoidal state-variable filter with a frequency slew per aimed
+// span, per-sample coefficient ramps and a restart crossfade; see filter_element.h.
 #include "engine/filter_element.h"
 
 #include <algorithm>
@@ -14,9 +14,20 @@ namespace {
 // w0 may move by this many radians per second (0 to pi in 100 ms).
 constexpr double kMaxSlewPerSecond = 10.0 * 3.14159265358979323846;
 
-// States below this are flushed to zero at the end of a block, so a decaying tail never reaches
-// denormal numbers even without flush-to-zero.
+// States below this are flushed to zero at every aim and reset, so a decaying tail never reaches
+// denormal numbers even without flush-to-zero. (At aim, not after each render call: the state
+// must not depend on how a span was cut into calls.)
 constexpr double kFlushThreshold = 1e-20;
+
+// One sample of the trapezoidal state-variable filter with the integrator gains a1 = 1 / (1 +
+// g (g + k)), a2 = g a1, a3 = g a2: advances the states s1, s2 and gives the band-pass (v1) and
+// low-pass (v2) outputs.
+inline void tick(double a1, double a2, double a3, double x, double& s1, double& s2, double& v1, double& v2) {
+  const double v3 = x - s2;
+  v1 = a1 * s1 + a2 * v3;
+  v2 = s2 + a2 * s1 + a3 * v3;
+  s1 = 2.0 * v1 - s1, s2 = 2.0 * v2 - s2;
+}
 
 }  // namespace
 
@@ -24,12 +35,21 @@ void FilterElement::setSampleRate(float rate) {
   if (usableSampleRate(rate)) sampleRate_ = rate;
 }
 
+void FilterElement::flushTinyStates() {
+  if (std::fabs(s1_) < kFlushThreshold) s1_ = 0.0;
+  if (std::fabs(s2_) < kFlushThreshold) s2_ = 0.0;
+}
+
 void FilterElement::reset() {
   // What the old state would still have rung out is faded over the next samples.
-  fadeCoefficients_ = coefficients_;
+  flushTinyStates();
+  const Coefficients& old = current_;
+  fadeA1_ = 1.0 / (1.0 + old.g * (old.g + old.k)), fadeA2_ = old.g * fadeA1_, fadeA3_ = old.g * fadeA2_;
+  fadeM1_ = old.m1, fadeM2_ = old.m2;
   fadeS1_ = s1_, fadeS2_ = s2_;
   crossfadeLeft_ = (s1_ != 0.0 || s2_ != 0.0) ? kCrossfadeSamples : 0;
   started_ = false;
+  rampLeft_ = 0;
   s1_ = s2_ = y1_ = y2_ = 0.0;
 }
 
@@ -77,9 +97,9 @@ FilterElement::Coefficients FilterElement::design(int shape, double g, double q,
   return c;
 }
 
-void FilterElement::render(float* buf, int frames, int shape, float freqHz, float q, float gain,
-                           float shelfFactor) {
-  if (frames <= 0) return;
+void FilterElement::aim(int frames, int shape, float freqHz, float q, float gain, float shelfFactor) {
+  frames = std::max(frames, 1);  // an empty span (a caller's error) reaches its set in one sample
+  flushTinyStates();
   const double rate = sampleRate_;
   const double freq = std::min(std::max(static_cast<double>(freqHz), static_cast<double>(kMinFrequency)),
                                kMaxFrequencyRatio * rate);
@@ -94,17 +114,33 @@ void FilterElement::render(float* buf, int frames, int shape, float freqHz, floa
     tanW0_ = w0_;
     tanHalfW0_ = std::tan(0.5 * w0_);
   }
-  const Coefficients next =
-      design(shape, tanHalfW0_, std::max(q, kMinQ), gain, std::max(shelfFactor, kMinShelfFactor));
-  const Coefficients from = started_ ? coefficients_ : next;
+  target_ = design(shape, tanHalfW0_, std::max(q, kMinQ), gain, std::max(shelfFactor, kMinShelfFactor));
+  if (!started_) current_ = target_;
   started_ = true;
-  coefficients_ = next;
 
   const double inv = 1.0 / frames;
-  const double dg = (next.g - from.g) * inv, dk = (next.k - from.k) * inv;
-  const double dm0 = (next.m0 - from.m0) * inv, dm1 = (next.m1 - from.m1) * inv;
-  const double dm2 = (next.m2 - from.m2) * inv;
-  double g = from.g, k = from.k, m0 = from.m0, m1 = from.m1, m2 = from.m2;
+  step_.g = (target_.g - current_.g) * inv, step_.k = (target_.k - current_.k) * inv;
+  step_.m0 = (target_.m0 - current_.m0) * inv, step_.m1 = (target_.m1 - current_.m1) * inv;
+  step_.m2 = (target_.m2 - current_.m2) * inv;
+  rampLeft_ = frames;
+}
+
+void FilterElement::render(float* buf, int frames) {
+  if (frames <= 0) return;
+  const int ramped = std::min(frames, rampLeft_);
+  filter(buf, ramped);
+  rampLeft_ -= ramped;
+  if (rampLeft_ == 0) {
+    // The span is over: its set holds exactly (not the sum of the steps) until the next aim.
+    current_ = target_;
+    step_ = Coefficients{0.0, 0.0, 0.0, 0.0, 0.0};
+  }
+  filter(buf + ramped, frames - ramped);
+}
+
+void FilterElement::filter(float* buf, int frames) {
+  const Coefficients d = step_;
+  double g = current_.g, k = current_.k, m0 = current_.m0, m1 = current_.m1, m2 = current_.m2;
   double s1 = s1_, s2 = s2_, y1 = y1_, y2 = y2_;
 
   int i = 0;
@@ -113,46 +149,33 @@ void FilterElement::render(float* buf, int frames, int shape, float freqHz, floa
     // output plus the free ringing of its old state; that ringing (run with the old
     // coefficients and no input) is added with a weight falling from 1 to 0, so the output
     // continues where the old one was and the cleared state takes over without a step.
-    const Coefficients& old = fadeCoefficients_;
-    const double oa1 = 1.0 / (1.0 + old.g * (old.g + old.k)), oa2 = old.g * oa1, oa3 = old.g * oa2;
     double f1 = fadeS1_, f2 = fadeS2_;
     for (; i < frames && crossfadeLeft_ > 0; ++i, --crossfadeLeft_) {
-      g += dg, k += dk, m0 += dm0, m1 += dm1, m2 += dm2;
+      g += d.g, k += d.k, m0 += d.m0, m1 += d.m1, m2 += d.m2;
       const double a1 = 1.0 / (1.0 + g * (g + k)), a2 = g * a1, a3 = g * a2;
       const double x = buf[i];
-      const double v3 = x - s2;
-      const double v1 = a1 * s1 + a2 * v3;
-      const double v2 = s2 + a2 * s1 + a3 * v3;
-      s1 = 2.0 * v1 - s1, s2 = 2.0 * v2 - s2;
-      const double y = m0 * x + m1 * v1 + m2 * v2;
-      const double r1 = oa1 * f1 - oa2 * f2;
-      const double r2 = f2 + oa2 * f1 - oa3 * f2;
-      f1 = 2.0 * r1 - f1, f2 = 2.0 * r2 - f2;
-      const double ring = old.m1 * r1 + old.m2 * r2;
+      double v1, v2, r1, r2;
+      tick(a1, a2, a3, x, s1, s2, v1, v2);
+      tick(fadeA1_, fadeA2_, fadeA3_, 0.0, f1, f2, r1, r2);
+      const double ring = fadeM1_ * r1 + fadeM2_ * r2;
       const double weight = static_cast<double>(crossfadeLeft_) / kCrossfadeSamples;
-      const double out = y + ring * weight;
+      const double out = m0 * x + m1 * v1 + m2 * v2 + ring * weight;
       y2 = y1, y1 = out;
       buf[i] = static_cast<float>(out);
     }
     fadeS1_ = f1, fadeS2_ = f2;
   }
   for (; i < frames; ++i) {
-    g += dg, k += dk, m0 += dm0, m1 += dm1, m2 += dm2;
+    g += d.g, k += d.k, m0 += d.m0, m1 += d.m1, m2 += d.m2;
     const double a1 = 1.0 / (1.0 + g * (g + k)), a2 = g * a1, a3 = g * a2;
     const double x = buf[i];
-    const double v3 = x - s2;
-    const double v1 = a1 * s1 + a2 * v3;
-    const double v2 = s2 + a2 * s1 + a3 * v3;
-    s1 = 2.0 * v1 - s1, s2 = 2.0 * v2 - s2;
+    double v1, v2;
+    tick(a1, a2, a3, x, s1, s2, v1, v2);
     const double y = m0 * x + m1 * v1 + m2 * v2;
     y2 = y1, y1 = y;
     buf[i] = static_cast<float>(y);
   }
-
-  if (std::fabs(s1) < kFlushThreshold) s1 = 0.0;
-  if (std::fabs(s2) < kFlushThreshold) s2 = 0.0;
-  if (std::fabs(y1) < kFlushThreshold) y1 = 0.0;
-  if (std::fabs(y2) < kFlushThreshold) y2 = 0.0;
+  current_.g = g, current_.k = k, current_.m0 = m0, current_.m1 = m1, current_.m2 = m2;
   s1_ = s1, s2_ = s2, y1_ = y1, y2_ = y2;
 }
 

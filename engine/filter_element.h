@@ -6,18 +6,20 @@
 // (peak gain Q), 5 low shelf, 6 high shelf; any other shape is a low-pass. The output is
 // multiplied by a gain.
 //
-// Per block the element
+// Its settings arrive once per aimed span (see aim()). Per aimed span the element
 // - clamps the frequency to [8 Hz, 0.499 x rate],
 // - limits how far the angular frequency w0 moves: by at most 10 pi x frames / rate, i.e. w0
 //   travels at most 10 pi rad per second (0 to Nyquist in 100 ms; 100 Hz to 200 Hz at 44.1 kHz
 //   in 0.5 ms), which removes zipper steps from jumping knobs but lets a fast envelope through,
-// - interpolates its coefficients linearly per sample from the last block's set to this block's,
-//   so the last sample of a block uses exactly the new set.
+// - interpolates its coefficients linearly per sample from where the rendered samples left them
+//   to the span's set, so the span's last sample uses exactly the new set.
+// The span may be rendered in any number of pieces: the output and the state are the same
+// whatever the split. Samples rendered past the span's end keep its set.
 // reset() clears the state, but for the next 20 samples the output still carries what the old
 // state would have rung out, faded from full to nothing: a voice restarted while its filter
 // rings does not click, and a filter that was silent simply starts from rest (no dry signal
-// leaks through). The first block after a reset takes its frequency and coefficients without
-// slew or ramp.
+// leaks through). The first span aimed after a reset takes its frequency and coefficients
+// without slew or ramp.
 //
 // The structure is the trapezoidal (topology-preserving) state-variable filter computed in double
 // precision: its two integrator states hold the signal's level whatever the frequency and
@@ -44,27 +46,32 @@ class FilterElement {
   static constexpr float kMinShelfFactor = 1e-4f;
   static constexpr int kCrossfadeSamples = 20;
 
-  // Sets the rate; takes effect with the next block. Audio thread, or any thread while the
-  // engine does not render.
+  // Sets the rate; takes effect with the next aim. Audio thread, or any thread while the engine
+  // does not render.
   void setSampleRate(float rate);
 
-  // Clears the state and fades out its ringing over the next 20 samples; the next block takes
-  // its settings without slew. Audio thread (voice start), or any thread while the engine does not
+  // Clears the state and fades out its ringing over the next 20 samples; the next aim takes its
+  // settings without slew. Audio thread (voice start), or any thread while the engine does not
   // render.
   void reset();
 
-  // Filters buf[0..frames) in place with this block's target settings. shelfFactor is the
-  // cookbook's A for shapes 5 and 6 (a linear factor: the shelf's gain at its extreme is A^2)
-  // and is ignored by the other shapes; gain multiplies the feed-forward coefficients. frames is
-  // at most kMaxBlock. Audio thread, or any thread while the engine does not render.
-  void render(float* buf, int frames, int shape, float freqHz, float q, float gain, float shelfFactor = 1.0f);
+  // Aims the next `frames` samples (1..kMaxBlock) at these settings: the frequency slew and
+  // the coefficient ramp start from where the samples rendered so far left the element, even in
+  // the middle of the last span. shelfFactor is the cookbook's A for shapes 5 and 6 (a linear
+  // factor: the shelf's gain at its extreme is A^2) and is ignored by the other shapes; gain
+  // multiplies the feed-forward coefficients. Audio thread, or any thread while the engine does
+  // not render.
+  void aim(int frames, int shape, float freqHz, float q, float gain, float shelfFactor = 1.0f);
+
+  // Filters buf[0..frames) in place: the next samples of the aimed span. Same threads as aim.
+  void render(float* buf, int frames);
 
   // True when the two most recent outputs are at most the silence threshold (kSilence). Audio
   // thread, or any thread while the engine does not render.
   bool isSilent() const;
 
-  // The frequency (Hz) reached at the end of the last block after clamp and slew; 0 before the
-  // first block after a reset. Same threads as render.
+  // The frequency (Hz) that the last aimed span reaches at its end, after clamp and slew; 0
+  // before the first aim after a reset. Same threads as aim.
   float frequencyHz() const;
 
  private:
@@ -76,17 +83,25 @@ class FilterElement {
   // g is tan(w0 / 2), computed by the caller.
   static Coefficients design(int shape, double g, double q, double gain, double shelfFactor);
 
+  // Filters buf[0..frames) in place, moving the coefficients by step_ per sample.
+  void filter(float* buf, int frames);
+  void flushTinyStates();
+
   float sampleRate_ = 44100.0f;
-  bool started_ = false;  // false until the first block after a reset
-  double w0_ = 0.0;       // angular frequency reached at the end of the last block
+  bool started_ = false;  // false until the first aim after a reset
+  double w0_ = 0.0;       // angular frequency at the end of the last aimed span
   // The w0 of the last tan(w0 / 2) and its value: tan runs only when w0 moves.
   double tanW0_ = 0.0, tanHalfW0_ = 0.0;
-  Coefficients coefficients_;
+  // The coefficients of the last rendered sample, the aimed span's set, the per-sample step
+  // between them and the samples of the span still to render.
+  Coefficients current_, target_, step_;
+  int rampLeft_ = 0;
   // The integrators' states, and the last two outputs for the silence test.
   double s1_ = 0.0, s2_ = 0.0, y1_ = 0.0, y2_ = 0.0;
+  // The restart crossfade: samples left, the integrator gains and output mix in force at the last
+  // reset (fixed from then on), and the old state ringing out with them.
   int crossfadeLeft_ = 0;
-  // The state and coefficients in force at the last reset, whose ringing the crossfade fades.
-  Coefficients fadeCoefficients_;
+  double fadeA1_ = 0.0, fadeA2_ = 0.0, fadeA3_ = 0.0, fadeM1_ = 0.0, fadeM2_ = 0.0;
   double fadeS1_ = 0.0, fadeS2_ = 0.0;
 };
 

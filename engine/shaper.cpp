@@ -91,13 +91,12 @@ constexpr double kCrushMinLevels = 2.0;   // at drive 1
 
 // Below this step between double-rate inputs the antiderivative quotients lose precision (their
 // rounding error grows as the inverse square of the steps); the exact limits for coinciding
-// inputs are used instead (see spanMean). The clip's second antiderivative is exact to its own
-// size (about u^3 / 6 for small u), so for the clip the limit shrinks with the block's largest
-// input, down to kClipMinStepScale of it: quiet signals keep the plain quotient, cheaper than the
-// limits. The other curves' antiderivatives carry constant or linear terms, whose rounding does
-// not shrink with the signal.
+// inputs, or the curve at the inputs' mean, are used instead (see shapeSteps).
 constexpr double kAdaaMinStep = 1e-4;
-constexpr double kClipMinStepScale = 1e-8;
+// A piece whose inputs all stay within kAdaaMinStep / kAllNarrowMargin of zero has only narrow
+// steps: a step is at most twice the largest input, and the margin's other factor of two covers
+// the rounding of the gain ramp that the largest input is estimated from.
+constexpr double kAllNarrowMargin = 4.0;
 
 // The periodic curves' input is clamped to this magnitude, far beyond any level a voice reaches,
 // so that every argument they reduce stays within 32-bit integers for floorSmall.
@@ -118,6 +117,8 @@ void Shaper::reset() {
   quiet_ = false;
   started_ = false;
   wetRunning_ = false;
+  spanLength_ = 0;
+  spanDone_ = 0;
 }
 
 Shaper::Curve Shaper::curveFor(int mode, float drive) {
@@ -154,11 +155,20 @@ double Shaper::transfer(int mode, float drive, double x) {
 
 namespace {
 
-// The shaped samples of a span (u and integral hold n + 2 inputs and their second
-// antiderivatives, the first two from the previous span; integral is filled here). Returns how
-// many samples had a step narrower than minStep.
+// The shaped value where both steps behind a sample are too narrow for the quotient: the curve
+// at the mean of its three inputs, exact to the square of the steps.
 template <int kMode>
-int shapeSteps(const double* u, double* integral, int n, double minStep, float* shaped) {
+float curveAtMean(const double* u, int j) {
+  return static_cast<float>(curve<kMode>((u[j] + u[j - 1] + u[j - 2]) / 3.0));
+}
+
+// The shaped samples of a piece (u and integral hold n + 2 inputs and their second
+// antiderivatives, the first two from the previous piece; integral is filled here). Each sample
+// depends on its own three inputs alone: the quotient where all its steps are wide, the curve at
+// the inputs' mean where both its steps are narrow, the limits of spanMean otherwise. Returns
+// how many samples had a step narrower than kAdaaMinStep.
+template <int kMode>
+int shapeSteps(const double* u, double* integral, int n, float* shaped) {
   for (int j = 2; j < n + 2; ++j) integral[j] = curveIntegral2<kMode>(u[j]);
   // The shaped samples: the curve's mean over the span of each three consecutive inputs, twice
   // the second divided difference of its second antiderivative over one common denominator.
@@ -168,37 +178,40 @@ int shapeSteps(const double* u, double* integral, int n, double minStep, float* 
     step[j] = std::min(std::min(std::fabs(d01), std::fabs(d12)), std::fabs(d02));
     const double numerator =
         (integral[j] - integral[j - 1]) * d12 - (integral[j - 1] - integral[j - 2]) * d01;
-    shaped[j - 2] = static_cast<float>(2.0 * numerator / (step[j] > minStep ? d01 * d12 * d02 : 1.0));
+    shaped[j - 2] = static_cast<float>(2.0 * numerator / (step[j] > kAdaaMinStep ? d01 * d12 * d02 : 1.0));
   }
-  // Where steps are too small the quotient loses precision: its limits instead. Separate passes,
-  // taken only when needed, keep the loop above free of branches.
-  // Narrow steps are counted from the sign bits of minStep - step (set where the step is wide) as
-  // integers, which vectorises where a comparison over doubles does not.
+  // Where steps are too small the quotient loses precision: the other forms instead. Separate
+  // passes, taken only when needed, keep the loop above free of branches.
+  // Narrow steps are counted from the sign bits of kAdaaMinStep - step (set where the step is
+  // wide) as integers, which vectorises where a comparison over doubles does not.
   std::uint64_t wideSteps = 0;
   for (int j = 2; j < n + 2; ++j) {
-    const double margin = minStep - step[j];
+    const double margin = kAdaaMinStep - step[j];
     std::uint64_t bits;
     std::memcpy(&bits, &margin, sizeof bits);
     wideSteps += bits >> 63;
   }
   const int narrowSteps = n - static_cast<int>(wideSteps);
   // With many (quiet or slow input, a decaying tail), the samples whose two steps are both narrow
-  // take the curve at the inputs' mean, exact to the square of the steps, in one vectorised pass.
-  // The others with a narrow step go sample by sample.
+  // are filled in one vectorised pass, the others with a narrow step sample by sample; with few,
+  // all of them sample by sample. Which pass fills a sample does not change its value.
   const bool many = narrowSteps > n / 8;
-  double widerStep[2 * kMaxBlock + 2];
   if (many) {
     for (int j = 2; j < n + 2; ++j) {
-      widerStep[j] = std::max(std::fabs(u[j] - u[j - 1]), std::fabs(u[j - 1] - u[j - 2]));
-      const float atMean = static_cast<float>(curve<kMode>((u[j] + u[j - 1] + u[j - 2]) / 3.0));
-      shaped[j - 2] = widerStep[j] > minStep ? shaped[j - 2] : atMean;
+      const double wider = std::max(std::fabs(u[j] - u[j - 1]), std::fabs(u[j - 1] - u[j - 2]));
+      const float atMean = curveAtMean<kMode>(u, j);
+      shaped[j - 2] = wider > kAdaaMinStep ? shaped[j - 2] : atMean;
     }
   }
   if (narrowSteps > 0) {
     for (int j = 2; j < n + 2; ++j) {
-      if (!(step[j] > minStep) && (!many || widerStep[j] > minStep)) {
+      if (step[j] > kAdaaMinStep) continue;
+      const double wider = std::max(std::fabs(u[j] - u[j - 1]), std::fabs(u[j - 1] - u[j - 2]));
+      if (wider > kAdaaMinStep) {
         shaped[j - 2] = static_cast<float>(spanMean<kMode>(u[j], u[j - 1], u[j - 2], integral[j],
-                                                           integral[j - 1], integral[j - 2], minStep));
+                                                           integral[j - 1], integral[j - 2], kAdaaMinStep));
+      } else if (!many) {
+        shaped[j - 2] = curveAtMean<kMode>(u, j);
       }
     }
   }
@@ -221,11 +234,10 @@ double Shaper::antiderivative2(int mode, double u) {
 }
 
 template <int kMode>
-void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, float outputGain, float dOut,
-                       float* wet) {
+void Shaper::shapeSpan(const float* line, int count, const Gains& gains, float* wet) {
   const ShaperFilters& f = filters();
   const float h0 = f.half[0], h1 = f.half[1], h2 = f.half[2];
-  // Double-rate samples, each array led by the previous block's last two.
+  // Double-rate samples, each array led by the previous piece's last two.
   double u[2 * kMaxBlock + 2];
   double integral[2 * kMaxBlock + 2];
   u[0] = lastU_[0];
@@ -251,6 +263,8 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
       between[i] = std::min(std::max(between[i], -kInputLimit), kInputLimit);
     }
   }
+  const double gain = gains.gain, dGain = gains.dGain;
+  const int first = gains.first;
   if (dGain == 0.0) {  // the usual case: the drive holds still
     for (int i = 0; i < count; ++i) {
       u[2 * i + 2] = gain * held[i];
@@ -258,19 +272,18 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
     }
   } else {
     for (int i = 0; i < count; ++i) {
-      u[2 * i + 2] = (gain + (i + 0.5) * dGain) * held[i];
-      u[2 * i + 3] = (gain + (i + 1) * dGain) * between[i];
+      u[2 * i + 2] = (gain + (first + i + 0.5) * dGain) * held[i];
+      u[2 * i + 3] = (gain + (first + i + 1) * dGain) * between[i];
     }
   }
   const int n = 2 * count;
-  double minStep = kAdaaMinStep;
   bool allNarrow = false;
   float shaped[2 * kMaxBlock];  // single precision from here: the filter needs no more
   if (quiet_) {
-    // After a span with many narrow steps, this span's level decides: the clip's precision limit
-    // shrinks with it, and a span whose steps are all narrow needs no quotients at all. The
-    // largest magnitude comes from the float bit patterns as integers (they order alike), which
-    // vectorises where a maximum over floats does not.
+    // After a piece with many narrow steps, this piece's level decides whether all its steps are
+    // narrow, so that it needs no quotients at all. The largest magnitude comes from the float
+    // bit patterns as integers (they order alike), which vectorises where a maximum over floats
+    // does not.
     std::int32_t peakBits = 0;
     for (int i = 0; i < count; ++i) {
       std::int32_t a, b;
@@ -280,23 +293,18 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
     }
     float peak;
     std::memcpy(&peak, &peakBits, sizeof peak);
-    const double largest =
-        std::max(std::max(gain, gain + count * dGain) * peak, std::max(std::fabs(u[0]), std::fabs(u[1])));
-    if constexpr (kMode == kShaperClip) {
-      minStep = kAdaaMinStep * std::min(std::max(largest, kClipMinStepScale), 1.0);
-    }
-    allNarrow = 2.0 * largest <= minStep;
+    const double largestGain = std::max(gain + first * dGain, gain + (first + count) * dGain);
+    const double largest = std::max(largestGain * peak, std::max(std::fabs(u[0]), std::fabs(u[1])));
+    allNarrow = kAllNarrowMargin * largest <= kAdaaMinStep;
     quiet_ = largest < 1.0;
   }
   if (allNarrow) {
-    // Silence or a tail's last whispers: the curve at the inputs' mean throughout, and the second
-    // antiderivative only where the next span needs it.
-    for (int j = 2; j < n + 2; ++j) {
-      shaped[j - 2] = static_cast<float>(curve<kMode>((u[j] + u[j - 1] + u[j - 2]) / 3.0));
-    }
+    // Silence or a tail's last whispers: the curve at the inputs' mean throughout, as
+    // shapeSteps would give, and the second antiderivative only where the next piece needs it.
+    for (int j = 2; j < n + 2; ++j) shaped[j - 2] = curveAtMean<kMode>(u, j);
     integral[n] = curveIntegral2<kMode>(u[n]);
     integral[n + 1] = curveIntegral2<kMode>(u[n + 1]);
-  } else if (shapeSteps<kMode>(u, integral, n, minStep, shaped) > n / 8) {
+  } else if (shapeSteps<kMode>(u, integral, n, shaped) > n / 8) {
     quiet_ = true;
   }
   lastU_[0] = u[n];
@@ -329,83 +337,112 @@ void Shaper::shapeSpan(const float* line, int count, double gain, double dGain, 
     const float sum = d0 * (l[0] + l[-8]) + d2 * (l[-1] + l[-7]) + d4 * (l[-2] + l[-6]) +
                       d6 * (l[-3] + l[-5]) + d8 * l[-4] + d1 * (e[0] + e[-7]) + d3 * (e[-1] + e[-6]) +
                       d5 * (e[-2] + e[-5]) + d7 * (e[-3] + e[-4]);
-    wet[i] = sum * (outputGain + static_cast<float>(i + 1) * dOut);
+    wet[i] = sum * (gains.outputGain + static_cast<float>(first + i + 1) * gains.dOutput);
   }
 }
 
 template <int kMode>
-void Shaper::renderWet(const float* line, float* buf, int frames, const Curve& from, const Curve& to,
-                       float mix0, float mix) {
+void Shaper::renderWet(const float* line, float* buf, int frames) {
   if (!wetRunning_) {
     // Re-prime the chain over the recent input so it continues as if it had never stopped.
     std::fill(std::begin(earlyHistory_), std::end(earlyHistory_), 0.0f);
     std::fill(std::begin(lateHistory_), std::end(lateHistory_), 0.0f);
     std::fill(std::begin(lastU_), std::end(lastU_), 0.0);
     std::fill(std::begin(lastF_), std::end(lastF_), 0.0);
-    shapeSpan<kMode>(line + kHistory - kPrimeSamples, kPrimeSamples, from.inputGain, 0.0,
-                     static_cast<float>(from.outputGain), 0.0f, nullptr);
+    const Gains still{gainStart_, 0.0, outputStart_, 0.0f, 0};
+    shapeSpan<kMode>(line + kHistory - kPrimeSamples, kPrimeSamples, still, nullptr);
     wetRunning_ = true;
   }
 
-  const double inv = 1.0 / frames;
   float wet[kMaxBlock];
-  shapeSpan<kMode>(line + kHistory, frames, from.inputGain, (to.inputGain - from.inputGain) * inv,
-                   static_cast<float>(from.outputGain),
-                   static_cast<float>((to.outputGain - from.outputGain) * inv), wet);
-  const float dMix = (mix - mix0) / static_cast<float>(frames);
+  const Gains gains{gainStart_, gainStep_, outputStart_, outputStep_, spanDone_};
+  shapeSpan<kMode>(line + kHistory, frames, gains, wet);
   for (int i = 0; i < frames; ++i) {
     const float dry = line[kHistory + i - kLatency];
-    const float m = mix0 + static_cast<float>(i + 1) * dMix;
+    const float m = mixStart_ + static_cast<float>(spanDone_ + i + 1) * mixStep_;
     buf[i] = dry + (wet[i] - dry) * m;
   }
 }
 
-void Shaper::render(float* buf, int frames, int mode, float drive, float mix) {
+void Shaper::aim(int frames, int mode, float drive, float mix) {
   if (frames <= 0) return;
   if (mode < kShaperClip || mode > kShaperFold) mode = kShaperClip;
   mix = std::min(std::max(mix, 0.0f), 1.0f);
   drive = std::min(std::max(drive, 0.0f), 1.0f);
   if (!started_) {
+    started_ = true;
+    mode_ = mode;
     drive_ = drive;
     mix_ = mix;
-    mode_ = mode;
-    started_ = true;
+    target_ = curveFor(mode, drive);
+    spanLength_ = 0;
+    spanDone_ = 0;
   }
+  // Where the rendered samples left the ramps: at the span's end, exactly its targets.
+  const int left = spanLength_ - spanDone_;
+  Curve from{mode_, target_.inputGain - left * gainStep_, target_.outputGain - left * outputStep_};
+  const float mix0 = mix_ - left * mixStep_;
   if (mode != mode_) {
-    // The antiderivative state belongs to the curve: restate it for the new one.
+    // The antiderivative state belongs to the curve: restate it for the new one, which starts
+    // from the drive last aimed at.
     for (int k = 0; k < 2; ++k) lastF_[k] = antiderivative2(mode, lastU_[k]);
-    mode_ = mode;
+    from = curveFor(mode, drive_);
   }
-  const float mix0 = mix_;
-  const Curve from = curveFor(mode, drive_);
-  const Curve to = curveFor(mode, drive);
+  const Curve to = mode == mode_ && drive == drive_ ? target_ : curveFor(mode, drive);
+  mode_ = mode;
   drive_ = drive;
   mix_ = mix;
+  target_ = to;
 
-  // The input as one line: the history, oldest first, then this block.
+  const double inv = 1.0 / frames;
+  gainStart_ = from.inputGain;
+  gainStep_ = (to.inputGain - from.inputGain) * inv;
+  outputStart_ = static_cast<float>(from.outputGain);
+  outputStep_ = static_cast<float>((to.outputGain - from.outputGain) * inv);
+  mixStart_ = mix0;
+  mixStep_ = (mix - mix0) / static_cast<float>(frames);
+  bypass_ = mix0 <= 0.0f && mix <= 0.0f;
+  spanLength_ = frames;
+  spanDone_ = 0;
+}
+
+void Shaper::render(float* buf, int frames) {
+  while (frames > 0) {
+    // Past the aimed span: a span that holds its targets.
+    if (spanDone_ == spanLength_) aim(kMaxBlock, mode_, drive_, mix_);
+    const int n = std::min(std::min(frames, spanLength_ - spanDone_), kMaxBlock);
+    renderPiece(buf, n);
+    spanDone_ += n;
+    buf += n;
+    frames -= n;
+  }
+}
+
+void Shaper::renderPiece(float* buf, int frames) {
+  // The input as one line: the history, oldest first, then this piece.
   float line[kHistory + kMaxBlock];
   std::copy(std::begin(history_), std::end(history_), line);
   std::copy(buf, buf + frames, line + kHistory);
   std::copy(line + frames, line + frames + kHistory, history_);
 
-  if (mix0 <= 0.0f && mix <= 0.0f) {
-    // Bypass: a pure delay line.
+  if (bypass_) {
+    // A pure delay line.
     wetRunning_ = false;
     std::copy(line + kHistory - kLatency, line + kHistory - kLatency + frames, buf);
     return;
   }
-  switch (mode) {
+  switch (mode_) {
     case kShaperSine:
-      renderWet<kShaperSine>(line, buf, frames, from, to, mix0, mix);
+      renderWet<kShaperSine>(line, buf, frames);
       break;
     case kShaperCrush:
-      renderWet<kShaperCrush>(line, buf, frames, from, to, mix0, mix);
+      renderWet<kShaperCrush>(line, buf, frames);
       break;
     case kShaperFold:
-      renderWet<kShaperFold>(line, buf, frames, from, to, mix0, mix);
+      renderWet<kShaperFold>(line, buf, frames);
       break;
     default:
-      renderWet<kShaperClip>(line, buf, frames, from, to, mix0, mix);
+      renderWet<kShaperClip>(line, buf, frames);
       break;
   }
 }

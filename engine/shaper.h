@@ -26,10 +26,15 @@
 // 44.1 kHz): the price of the second-order step at twice the rate. At 44.1 kHz, with a full-scale
 // sine at full drive, aliases stay at least 63 dB below the signal under 10 kHz and 48 dB over the
 // whole band, up to note 103 in every mode.
-// Drive and mix ramp linearly across each block. Limits: mode changes switch at the block start
-// (the curves differ, a change mid-note may be heard as a step in timbre); frames per call are at
-// most kMaxBlock; "Sine", "Crush" and "Fold" clamp their input to +-1e4 (far beyond any level a
-// voice reaches).
+// Control and audio are apart: aim() sets the mode and the ramps of an aimed span, render()
+// shapes the next samples of it, in as many calls as the caller likes, with bit-identical output
+// and state whatever the split. Drive and mix ramp linearly across the aimed span from where the
+// rendered samples left them; the first aim after reset() takes them at once. Each shaped sample
+// is worked out from its own inputs alone (see shapeSteps in shaper.cpp), so quiet input, which
+// takes cheaper paths, gives the same samples however the span is cut. Limits: mode changes
+// switch at the span's start (the curves differ, a change mid-note may be heard as a step in
+// timbre); "Sine", "Crush" and "Fold" clamp their input to +-1e4 (far beyond any level a voice
+// reaches).
 #pragma once
 
 #include "engine/dsp.h"
@@ -49,14 +54,20 @@ class Shaper {
   // relative to the rate, so the rate needs no other state.
   void setSampleRate(float rate) { sampleRate_ = rate; }
 
-  // Voice start: clears the delay line and the oversampling filters; the next block takes its
-  // drive and mix without a ramp. Audio thread, or any thread while the engine does not render.
+  // Voice start: clears the delay line and the oversampling filters; the next aim takes its drive
+  // and mix without a ramp. Audio thread, or any thread while the engine does not render.
   void reset();
 
-  // Shapes buf[0..frames) in place (frames at most kMaxBlock); the output is the input shaped and
-  // delayed by kLatency samples. Mode outside 0..3 acts as Clip. Audio thread, or any thread
-  // while the engine does not render.
-  void render(float* buf, int frames, int mode, float drive, float mix);
+  // Aims the ramps to reach these settings after exactly `frames` samples (1..kMaxBlock; less than
+  // 1 is ignored), starting from where the rendered samples left them; mode (outside 0..3 acts as
+  // Clip) applies from the span's start. Drive and mix are held within 0..1. Audio thread, or any
+  // thread while the engine does not render.
+  void aim(int frames, int mode, float drive, float mix);
+
+  // Shapes the next `frames` samples of the aimed span in buf[0..frames) in place; the output is
+  // the input shaped and delayed by kLatency samples. Samples past the aimed span (a caller error)
+  // hold its targets. Audio thread, or any thread while the engine does not render.
+  void render(float* buf, int frames);
 
   // The wet output for a steady input x at this mode and drive: the curve the shaper applies,
   // without its oversampling (the editor draws it). Any thread.
@@ -83,27 +94,45 @@ class Shaper {
   // The second antiderivative of a mode's curve (restated when the mode changes).
   static double antiderivative2(int mode, double u);
 
+  // The gains over a piece of a span: the input gain is gain + k dGain after base sample k of the
+  // span, the output gain likewise; `first` is the piece's first sample within the span.
+  struct Gains {
+    double gain, dGain;
+    float outputGain, dOutput;
+    int first;
+  };
   // Runs line[0..count) (base-rate input, with kUpReach samples of history before line[0])
-  // through the double-rate chain in stages over the whole span: interpolate, integrate the
-  // curve twice, take second differences (the antiderivative antialiasing), decimate. The input
-  // gain ramps from gain by dGain per base sample (the first double-rate sample of each pair
-  // takes the mid point); wet[i], when wet is not null, receives the decimated sample i times
-  // outputGain + (i + 1) dOut. The curve is a template argument so each mode's loops inline it.
+  // through the double-rate chain in stages over the whole piece: interpolate, integrate the
+  // curve twice, take second differences (the antiderivative antialiasing), decimate. The first
+  // double-rate sample of each pair takes the input gain's mid point; wet[i], when wet is not
+  // null, receives the decimated sample i times the output gain after it. The curve is a template
+  // argument so each mode's loops inline it.
   template <int kMode>
-  void shapeSpan(const float* line, int count, double gain, double dGain, float outputGain, float dOut,
-                 float* wet);
-  // The shaped (mix above 0) path over one block, re-priming the chain first after a bypass; line
-  // holds kHistory samples of input history, then the block.
+  void shapeSpan(const float* line, int count, const Gains& gains, float* wet);
+  // Shapes one piece of at most kMaxBlock samples of the span into buf.
+  void renderPiece(float* buf, int frames);
+  // The shaped (mix above 0) path over one piece, re-priming the chain first after a bypass; line
+  // holds kHistory samples of input history, then the piece.
   template <int kMode>
-  void renderWet(const float* line, float* buf, int frames, const Curve& from, const Curve& to, float mix0,
-                 float mix);
+  void renderWet(const float* line, float* buf, int frames);
 
   float sampleRate_ = 44100.0f;
   bool started_ = false;
   bool wetRunning_ = false;  // false while bypassed: the chain is re-primed before use
+  // The settings last aimed at, and the curve they give.
+  int mode_ = kShaperClip;
   float drive_ = 0.0f;
   float mix_ = 0.0f;
-  int mode_ = kShaperClip;
+  Curve target_{kShaperClip, 1.0, 1.0};
+
+  // The aimed span. Its ramps are start plus step times the samples since the span's start,
+  // worked out per sample, so every cut of the span computes the same values.
+  double gainStart_ = 1.0, gainStep_ = 0.0;
+  float outputStart_ = 1.0f, outputStep_ = 0.0f;
+  float mixStart_ = 0.0f, mixStep_ = 0.0f;
+  int spanLength_ = 0;
+  int spanDone_ = 0;    // samples of the span rendered
+  bool bypass_ = true;  // mix 0 throughout: a plain delay line
 
   // The most recent input, oldest first.
   float history_[kHistory] = {};
@@ -112,8 +141,10 @@ class Shaper {
   float lateHistory_[kPhaseHistory] = {};
   double lastU_[2] = {};  // the two previous double-rate shaper inputs, oldest first
   double lastF_[2] = {};  // their second antiderivatives
-  // Set after a span with many narrow steps (quiet or slow input), until the input's level
-  // reaches full scale: the next spans then measure their level (see shapeSpan).
+  // Set after a piece with many narrow steps (quiet or slow input), until the input's level
+  // reaches full scale: the next pieces then measure their level to find out whether the cheap
+  // path for all-narrow steps gives their samples (see shapeSpan). It picks the path, never
+  // the values.
   bool quiet_ = false;
 };
 

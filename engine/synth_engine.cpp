@@ -13,8 +13,6 @@ namespace {
 constexpr float kSampleRateTolerance = 0.001f;
 // The summed voices are scaled down by this much to leave headroom for chords and unison.
 constexpr float kVoiceHeadroom = 0.25f;
-// A free-running clock of seconds is wrapped once it passes this.
-constexpr double kClockWrap = 1.0;
 
 float clampUnit(float value) {
   if (!(value >= 0.0f)) return 0.0f;  // also catches NaN
@@ -126,9 +124,17 @@ void SynthEngine::startVoice(int slot, int note, const NoteChoice& choice, int u
   // legato continuation keeps the sound, and a voice started on this same frame has not been
   // heard yet: neither needs a copy.
   const Voice& old = voices_[slot];
-  if (mode != StartMode::kLegato && !old.isSilent() && old.age > 0.0f) fadeOutCopy(old);
-  voices_[slot].start(request);
+  if (mode != StartMode::kLegato && !old.isSilent() && old.age > 0) fadeOutCopy(old);
+  Voice& voice = voices_[slot];
+  voice.start(request);
   lastVoice_ = slot;
+  // Inside a control tick the note reads its parameters on its own frame, with the wheels and
+  // controllers of that frame in force, and aims at the tick's end like every other voice. On a
+  // tick's first frame the tick's start does that.
+  if (tickLeft_ > 0) {
+    startVoiceValues();
+    controlVoice(voice, tickLeft_);
+  }
 }
 
 void SynthEngine::noteOn(int note, float velocity) {
@@ -252,6 +258,7 @@ void SynthEngine::setWheel(int index, float value) {
   // ramping across the host block, so a note sent with a bend sounds bent from its first sample.
   params_[index].hold(value);
   parameterChanged(index);
+  if (index == kModWheel) updateGlobalValues();
 }
 
 void SynthEngine::setPitchWheel(float bend) {
@@ -266,8 +273,15 @@ void SynthEngine::smoothParameters(float fraction) {
   for (Parameter& p : params_) {
     const float base = p.baseValue();
     p.smoothed = p.previous + (base - p.previous) * fraction;
-    p.globalValue = p.smoothed;
   }
+  updateGlobalValues();
+}
+
+void SynthEngine::updateGlobalValues() {
+  for (Parameter& p : params_) p.globalValue = p.smoothed;
+  // The mod wheel moves the global values (the global LFO's rate and depth among them) before
+  // anything reads them.
+  applyModSource(params_.data(), ModSource::kModWheel, params_[kModWheel].smoothed, ModStage::kGlobal);
 }
 
 void SynthEngine::endProcess() {
@@ -276,6 +290,7 @@ void SynthEngine::endProcess() {
 
 void SynthEngine::holdStoredValues() {
   for (Parameter& p : params_) p.hold(p.baseValue());
+  updateGlobalValues();
 }
 
 void SynthEngine::reset() {
@@ -283,6 +298,7 @@ void SynthEngine::reset() {
   for (Voice& v : voices_) v.kill();
   for (Voice& v : fading_) v.kill();
   mixChain_.reset();
+  tickLeft_ = 0;  // the control grid counts from here
   // Nothing was playing to glide from: values set while the engine was off (a program chosen
   // before the transport starts) hold from the first sample, so a chord on the first frame gets
   // the program's polyphony and not a value half-way from the previous one.
@@ -318,7 +334,7 @@ void SynthEngine::startVoiceValues() {
   }
 }
 
-void SynthEngine::renderVoice(Voice& voice, float globalLfo, float* left, float* right, int frames) {
+void SynthEngine::controlVoice(Voice& voice, int frames) {
   // Only the modulation targets can differ from the global values after the previous voice:
   // every voice-stage source's list is a head of the global LFO's.
   const ModTargetList targets = modTargets(ModSource::kGlobalLfo);
@@ -326,66 +342,104 @@ void SynthEngine::renderVoice(Voice& voice, float globalLfo, float* left, float*
     const int i = targets.targets[t];
     if (i != kNoModTarget) params_[i].voiceValue = params_[i].globalValue;
   }
-  applyModSource(params_.data(), ModSource::kGlobalLfo, globalLfo, ModStage::kVoice);
-  voice.render(voiceBuffer_, frames, params_.data());
+  const bool sampleAndHold = params_[kGlobalLfoSampleHold].globalStepped() != 0;
+  applyModSource(params_.data(), ModSource::kGlobalLfo, sampleAndHold ? voice.globalLfoHold : globalLfoValue_,
+                 ModStage::kVoice);
+  voice.control(params_.data(), frames);
 
-  // Output gain, ramped from where the last block ended (a fresh voice starts at its gain).
-  // Modulation may take the gain below zero (silence) but not above its range's top (+12 dB):
-  // its sources stack without a clamp, and five of them at full amount reach gains of hundreds.
+  // Output gain, ramped from where it stands (a fresh voice starts at its gain). Modulation may
+  // take the gain below zero (silence) but not above its range's top (+12 dB): its sources stack
+  // without a clamp, and five of them at full amount reach gains of hundreds.
   const Parameter& gainParam = params_[kVoiceGain];
   const float gainBase = std::clamp(gainParam.voicePhysical(), 0.0f, gainParam.physical(1.0f));
   const float target = gainBase * gainBase * voice.unisonGain;
-  const float start = voice.lastOutputGain < 0.0f ? target : voice.lastOutputGain;
-  const float step = frames > 1 ? (target - start) / static_cast<float>(frames - 1) : 0.0f;
+  VoiceOutput& output = voice.output;
+  if (output.gain < 0.0f) output.gain = target;
+  output.step = (target - output.gain) / static_cast<float>(frames);
+  output.target = target;
+  output.remaining = frames;
 
   const float width = params_[kUnisonWidth].globalPhysical();
   const float pan = std::clamp((width * voice.panPosition + 1.0f) * 0.5f, 0.0f, 1.0f);
-  const float leftGain = kVoiceHeadroom * std::sqrt(pan);
-  const float rightGain = kVoiceHeadroom * std::sqrt(1.0f - pan);
+  output.panLeft = kVoiceHeadroom * std::sqrt(pan);
+  output.panRight = kVoiceHeadroom * std::sqrt(1.0f - pan);
+}
 
+void SynthEngine::renderVoice(Voice& voice, float* left, float* right, int frames) {
+  // Read before rendering: a fading copy that ends in these frames is killed by its render.
+  const VoiceOutput output = voice.output;
+  voice.render(voiceBuffer_, frames);
+  float gain = output.gain;
   for (int i = 0; i < frames; ++i) {
-    const float sample = (start + step * static_cast<float>(i)) * voiceBuffer_[i];
-    left[i] += leftGain * sample;
-    right[i] += rightGain * sample;
+    gain += output.step;
+    const float sample = gain * voiceBuffer_[i];
+    left[i] += output.panLeft * sample;
+    right[i] += output.panRight * sample;
   }
-  voice.lastOutputGain = target;
+  if (voice.isSilent()) return;
+  // The ramp ends exactly on its target, not on the sum of its steps.
+  voice.output.remaining -= frames;
+  voice.output.gain = voice.output.remaining > 0 ? gain : output.target;
+}
+
+void SynthEngine::startTick(double songPositionBeats, double tempoBpm) {
+  tickLeft_ = kControlFrames;
+  const float dt = static_cast<float>(kControlFrames) / sampleRate_;
+  globalLfo_.advance(params_.data(), dt, songPositionBeats);
+  globalLfoValue_ = globalLfo_.source(params_.data());
+
+  startVoiceValues();
+  for (auto* pool : {&voices_, &fading_}) {
+    for (Voice& v : *pool) {
+      if (!v.isSilent()) controlVoice(v, kControlFrames);
+    }
+  }
+  // The global effects see the global LFO too (never a voice's held value); afterwards the
+  // global values return to what a note starting inside the tick must read.
+  applyModSource(params_.data(), ModSource::kGlobalLfo, globalLfoValue_, ModStage::kGlobal);
+  mixChain_.aim(kControlFrames, params_.data(), tempoBpm);
+  updateGlobalValues();
+}
+
+void SynthEngine::renderPiece(float* left, float* right, int frames) {
+  std::fill(left, left + frames, 0.0f);
+  std::fill(right, right + frames, 0.0f);
+  bool voicesSounded = false;
+  for (auto* pool : {&voices_, &fading_}) {
+    for (Voice& v : *pool) {
+      if (v.isSilent()) continue;
+      renderVoice(v, left, right, frames);
+      voicesSounded = true;
+    }
+  }
+  mixChain_.render(left, right, frames, voicesSounded);
+
+  // Whatever went wrong upstream, the host never receives a NaN, an infinity or a blast.
+  limitToCeiling(left, frames);
+  limitToCeiling(right, frames);
 }
 
 void SynthEngine::renderBlock(float* left, float* right, int frames, double songPositionBeats,
                               double tempoBpm) {
   if (frames <= 0) return;
   frames = std::min(frames, kMaxBlock);
-  const float dt = static_cast<float>(frames) / sampleRate_;
-  clock_ += dt;
-  if (clock_ > kClockWrap) clock_ = 0.0;
-
-  // Global modulation: the mod wheel moves the global values (the global LFO's rate and depth
-  // among them) before the global LFO advances.
-  applyModSource(params_.data(), ModSource::kModWheel, params_[kModWheel].smoothed, ModStage::kGlobal);
-  globalLfo_.advance(params_.data(), dt, songPositionBeats);
-  const float globalLfo = globalLfo_.source(params_.data());
-  const bool sampleAndHold = params_[kGlobalLfoSampleHold].globalStepped() != 0;
-
-  std::fill(left, left + frames, 0.0f);
-  std::fill(right, right + frames, 0.0f);
-  bool voicesSounded = false;
-  startVoiceValues();
-  for (auto* pool : {&voices_, &fading_}) {
-    for (Voice& v : *pool) {
-      if (v.isSilent()) continue;
-      renderVoice(v, sampleAndHold ? v.globalLfoHold : globalLfo, left, right, frames);
-      v.age += dt;
-      voicesSounded = true;
+  const double beatsPerFrame = tempoBpm / 60.0 / sampleRate_;
+  for (int done = 0; done < frames;) {
+    // A tick starting here ends kControlFrames on; its song position is extrapolated from the
+    // position at the end of these frames.
+    if (tickLeft_ == 0)
+      startTick(songPositionBeats + (done + kControlFrames - frames) * beatsPerFrame, tempoBpm);
+    const int piece = std::min(frames - done, tickLeft_);
+    renderPiece(left + done, right + done, piece);
+    tickLeft_ -= piece;
+    done += piece;
+    if (tickLeft_ == 0) {
+      // Voices that have rung out are freed on the grid too.
+      for (auto* pool : {&voices_, &fading_}) {
+        for (Voice& v : *pool) v.refreshSilence();
+      }
     }
   }
-  // The global effects see the global LFO too (never a voice's held value).
-  applyModSource(params_.data(), ModSource::kGlobalLfo, globalLfo, ModStage::kGlobal);
-
-  mixChain_.render(params_.data(), left, right, frames, tempoBpm, voicesSounded);
-
-  // Whatever went wrong upstream, the host never receives a NaN, an infinity or a blast.
-  limitToCeiling(left, frames);
-  limitToCeiling(right, frames);
 }
 
 }  // namespace ziv

@@ -1,7 +1,17 @@
 // The synth engine: the parameter records of the patch, the pool of 64 voices, the held-note
 // list and the note allocation that gives notes their voices (polyphony, unison, stealing,
 // legato, glide, last-note priority), the fading copies of voices that new notes take over, and
-// the rendering of sub-blocks into stereo.
+// the rendering into stereo.
+//
+// Control ticks: every modulation source, envelope and unit setting is computed on a fixed grid
+// of kControlFrames samples counted from the last reset, not per host block. At a tick's start
+// the global LFO advances, every sounding voice reads its parameters and aims its units at the
+// values due at the tick's end, and the effects do the same; the samples of the tick are then
+// rendered in as many pieces as the host's blocks, sub-blocks and events cut it into, and each
+// piece only continues what the tick set up. A note that starts inside a tick reads its
+// parameters at its own frame and aims at the same tick end. So the audio does not depend on the
+// host's block size; only the parameter smoothing, which follows the host's blocks by nature,
+// does.
 //
 // Threads: every operation runs on the host's audio thread, except `setParameter`,
 // `parameter`, `setListener` and the read-only queries, which any thread may call; they touch
@@ -26,6 +36,8 @@ class SynthEngine {
  public:
   // The program format version values are written under by default.
   static constexpr int kCurrentVersion = 1033;
+  // Samples per control tick.
+  static constexpr int kControlFrames = kMaxBlock;
 
   SynthEngine();
   SynthEngine(const SynthEngine&) = delete;
@@ -59,9 +71,11 @@ class SynthEngine {
   void setPitchWheel(float bend);
   void setController(int number, float value);
   // Moves every parameter's smoothed value to `fraction` of the way from its previous to its
-  // stored value; called before each sub-block with (k + 1) / K.
+  // stored value; called before each sub-block with (k + 1) / K. Control ticks read the values
+  // in force when they start.
   void smoothParameters(float fraction);
-  // Renders 1..kMaxBlock frames into both buffers, overwriting them.
+  // Renders 1..kMaxBlock frames into both buffers, overwriting them. songPositionBeats is the
+  // song position at the end of these frames.
   void renderBlock(float* left, float* right, int frames, double songPositionBeats, double tempoBpm);
   // Ends a host block: the next block ramps from the values stored now.
   void endProcess();
@@ -102,11 +116,20 @@ class SynthEngine {
   void removeHeld(int note, bool* removed);
   // Stores a wheel's value and puts it in force at once, without a ramp.
   void setWheel(int index, float value);
-  // Sets every voice value but the wheels' to its global value, once per sub-block before the
-  // voices render; renderVoice then restores only what a voice's modulation may have moved.
+  // Global values: the smoothed values plus the mod wheel's global modulation.
+  void updateGlobalValues();
+  // Sets every voice value but the wheels' to its global value, before voices read them;
+  // controlVoice then restores only what a voice's modulation may have moved.
   void startVoiceValues();
-  // Renders one voice into the sum; globalLfo is the global LFO's routing source for it.
-  void renderVoice(Voice& voice, float globalLfo, float* left, float* right, int frames);
+  // Starts a control tick: the global LFO, every sounding voice and the effects read their
+  // parameters. songPositionBeats is the song position at the tick's end.
+  void startTick(double songPositionBeats, double tempoBpm);
+  // Has a voice read its parameters and aim at the values due `frames` samples on.
+  void controlVoice(Voice& voice, int frames);
+  // Renders the next `frames` samples of the current tick (at most what is left of it).
+  void renderPiece(float* left, float* right, int frames);
+  // Renders one voice into the sum.
+  void renderVoice(Voice& voice, float* left, float* right, int frames);
 
   std::array<Parameter, kParamCount> params_;
   std::array<Voice, kVoiceCount> voices_;
@@ -119,8 +142,9 @@ class SynthEngine {
   float lastNote_ = -1.0f;
   int lastVoice_ = 0;
   float sampleRate_ = 44100.0f;
-  double clock_ = 0.0;
+  int tickLeft_ = 0;  // samples of the current control tick not yet rendered
   GlobalLfo globalLfo_;
+  float globalLfoValue_ = 0.0f;  // the global LFO's routing source in the current tick
   Random random_;
   MixChain mixChain_;
   MachineListener* listener_ = nullptr;

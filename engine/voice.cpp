@@ -26,7 +26,8 @@ void Voice::start(const VoiceStart& request) {
   pitch = request.glideStart;
   velocity = request.velocity;
   note = request.note;
-  age = 0.0f;
+  age = 0;
+  silent_ = false;
   globalLfoHold = request.globalLfoHold;
   glideDistance = std::fabs(request.glideStart - static_cast<float>(request.note));
   unisonGain = 1.0f / std::sqrt(static_cast<float>(request.unisonCount));
@@ -49,16 +50,20 @@ void Voice::start(const VoiceStart& request) {
   if (request.legato && request.previous != nullptr) {
     // Glide on from the previous voice without retriggering its envelopes or its LFO.
     ampEnvelope = request.previous->ampEnvelope;
+    ampGain_ = request.previous->ampGain_;
     filterEnvelope = request.previous->filterEnvelope;
     modulation = request.previous->modulation;
     globalLfoHold = request.previous->globalLfoHold;
   } else if (request.mode == StartMode::kLegato) {
+    // The attack goes on from the gain reached on this sample, not from the tick's end.
+    ampEnvelope.level = static_cast<float>(ampGain_.gain());
     restartEnvelopeFromLevel(ampEnvelope);
     restartEnvelopeFromLevel(filterEnvelope);
     restartEnvelopeFromLevel(modulation.modEnvelope);
     return;
   } else {
     ampEnvelope.clear();
+    ampGain_.jumpTo(ampEnvelope);
     filterEnvelope.clear();
     modulation.modEnvelope.clear();
     modulation.lfo.restart();  // a triggered LFO
@@ -66,13 +71,20 @@ void Voice::start(const VoiceStart& request) {
 
   chain_.restart(request.noiseSeed);
   if (request.mode == StartMode::kFresh) {
-    lastOutputGain = -1.0f;
+    output.gain = -1.0f;
     chain_.startSources(startPhase);
   }
 }
 
 void Voice::release() {
-  releaseEnvelope(ampEnvelope);
+  if (ampEnvelope.stage != kStageRelease) {
+    // The envelope was advanced to the end of the aimed span: the release starts from the gain of
+    // this sample instead, and the rest of the span is aimed again from there.
+    ampEnvelope.level = static_cast<float>(ampGain_.gain());
+    releaseEnvelope(ampEnvelope);
+    const int left = ampGain_.remaining();
+    if (left > 0) ampGain_.aim(ampEnvelope, ampTimes_, left, sampleRate_);
+  }
   releaseEnvelope(filterEnvelope);
   releaseEnvelope(modulation.modEnvelope);
 }
@@ -82,7 +94,9 @@ void Voice::kill() {
   ampEnvelope = EnvelopeState{};
   filterEnvelope = EnvelopeState{};
   modulation.modEnvelope = EnvelopeState{};
-  lastOutputGain = -1.0f;
+  ampGain_.jumpTo(ampEnvelope);
+  output.gain = -1.0f;
+  silent_ = true;
   const int seeds[VoiceChain::kOscillators] = {};
   chain_.restart(seeds);
 }
@@ -101,8 +115,9 @@ void Voice::applyFade(float* out, int frames) {
   if (fadeRemaining_ == 0) kill();
 }
 
-bool Voice::isSilent() const {
-  return ampEnvelope.stage == kStageFinished && ampEnvelope.level <= kSilence && chain_.filtersSilent();
+void Voice::refreshSilence() {
+  silent_ = silent_ ||
+            (ampEnvelope.stage == kStageFinished && ampEnvelope.level <= kSilence && chain_.filtersSilent());
 }
 
 float Voice::pitchBend(const Parameter* params) {
@@ -129,7 +144,7 @@ void Voice::glide(float dt, const Parameter* params) {
   }
 }
 
-void Voice::render(float* out, int frames, Parameter* params) {
+void Voice::control(Parameter* params, int frames) {
   const float dt = static_cast<float>(frames) / sampleRate_;
   // Modulation first: it may move the glide time and the envelopes' times.
   modulation.apply(params, velocity, pitch + pitchBend(params), dt);
@@ -144,11 +159,17 @@ void Voice::render(float* out, int frames, Parameter* params) {
   chain.jumpGain = ampEnvelope.stage == kStageAttack && ampEnvelope.level <= 0.0f &&
                    params[kAmpEnvAttack].voiceValue <= 0.0f;
   chain.sourcesOn = ampEnvelope.stage != kStageFinished;
-  chain_.render(out, frames, params, chain);
+  chain_.aim(frames, params, chain);
 
-  // The amplitude envelope, cut where its stages change so that they land on their samples.
-  applyEnvelopeGain(ampEnvelope, ampEnvelopeTimes(params), out, frames, sampleRate_);
+  ampTimes_ = ampEnvelopeTimes(params);
+  ampGain_.aim(ampEnvelope, ampTimes_, frames, sampleRate_);
+}
+
+void Voice::render(float* out, int frames) {
+  chain_.render(out, frames);
+  ampGain_.apply(out, frames);
   if (fadeRemaining_ > 0) applyFade(out, frames);
+  age += frames;
 }
 
 }  // namespace ziv

@@ -1,11 +1,15 @@
 // One voice slot of the engine's fixed pool.
 //
 // A voice holds the note it plays, its place in a unison stack, its gliding pitch and its
-// envelopes, and renders one sub-block of mono signal at a time. Its amplitude envelope's stage
-// is its life: attack, decay, sustain, release, finished; a finished voice whose output has
-// rung out below the silence threshold is silent, the free state. Voices are never created or
-// destroyed while the engine runs. Every operation here runs on the audio thread.
+// envelopes. Once per control tick the engine has it read the parameters (control), then renders
+// the tick's samples in one or more pieces (render), wherever the host cut its blocks. Its
+// amplitude envelope's stage is its life: attack, decay, sustain, release, finished; a finished
+// voice whose output has rung out below the silence threshold is silent, the free state. Voices
+// are never created or destroyed while the engine runs. Every operation here runs on the audio
+// thread.
 #pragma once
+
+#include <cstdint>
 
 #include "engine/envelope.h"
 #include "engine/modulation/voice_modulation.h"
@@ -33,6 +37,16 @@ struct VoiceStart {
   int noiseSeed[VoiceChain::kOscillators] = {};  // 0..32767, the noise read positions
 };
 
+// The voice's output gain and pan as the engine ramps them over a control tick.
+struct VoiceOutput {
+  float gain = -1.0f;  // the gain reached so far; below 0 for a fresh voice (no ramp yet)
+  float step = 0.0f;   // per sample, to the tick's target
+  float target = 0.0f;
+  int remaining = 0;  // samples until the target
+  float panLeft = 0.0f;
+  float panRight = 0.0f;
+};
+
 struct Voice {
   int note = -1;
   float velocity = 0.0f;
@@ -41,10 +55,12 @@ struct Voice {
   float unisonPosition = 0.0f;
   float panPosition = 0.0f;
   float unisonGain = 1.0f;
-  float lastOutputGain = -1.0f;
   float globalLfoHold = 0.0f;
-  float age = 0.0f;
+  // Samples rendered since the note started: counted, not summed as seconds, so that the oldest
+  // voice is the same whatever blocks the host used.
+  std::int64_t age = 0;
   float startPhase = 0.0f;
+  VoiceOutput output;
 
   EnvelopeState ampEnvelope;
   EnvelopeState filterEnvelope;
@@ -65,11 +81,17 @@ struct Voice {
 
   int stage() const { return static_cast<int>(ampEnvelope.stage); }
   bool held() const { return ampEnvelope.held(); }
-  bool isSilent() const;
+  // Silent is decided at control tick ends (refreshSilence), when the voice is killed and when
+  // a note starts, never in mid-tick: a voice sounds for whole ticks, whatever the host's blocks.
+  bool isSilent() const { return silent_; }
+  void refreshSilence();
 
-  // Renders `frames` samples into `out` (overwriting it). Applies the voice's own modulation to
-  // the parameters' voice values first, then renders from them.
-  void render(float* out, int frames, Parameter* params);
+  // Applies the voice's own modulation to the parameters' voice values, advances glide and
+  // envelopes by `frames` samples (1..kMaxBlock) and aims the sound chain and the amplitude
+  // envelope's gain at where they are due after them.
+  void control(Parameter* params, int frames);
+  // Renders the next `frames` samples of the aimed span into `out` (overwriting it).
+  void render(float* out, int frames);
 
   // The sounding pitch in semitones before the per-oscillator offsets.
   float soundingPitch(const Parameter* params) const;
@@ -83,6 +105,9 @@ struct Voice {
   void applyFade(float* out, int frames);
 
   float sampleRate_ = 44100.0f;
+  bool silent_ = true;
+  EnvelopeTimes ampTimes_;  // the last control's, for a release in mid-span
+  EnvelopeGain ampGain_;
   int fadeRemaining_ = 0;
   int fadeLength_ = 0;
   VoiceChain chain_;

@@ -67,9 +67,7 @@ void VoiceChain::startSources(double phase) {
   sub_.start(phase);
 }
 
-void VoiceChain::render(float* out, int frames, const Parameter* params, const VoiceChainInput& in) {
-  std::fill(out, out + frames, 0.0f);
-
+void VoiceChain::aim(int frames, const Parameter* params, const VoiceChainInput& in) {
   for (int n = 0; n < kOscillators; ++n) {
     const OscParams& rows = kOscParams[n];
     const float pitch = in.pitch + kSemitonesPerOctave * params[rows.octave].voiceStepped() +
@@ -79,27 +77,43 @@ void VoiceChain::render(float* out, int frames, const Parameter* params, const V
     const float gain = in.sourcesOn ? params[rows.gain].voiceValue : 0.0f;
     const float shape = params[rows.shape].voicePhysical();
     const int waveform = params[rows.waveform].voiceStepped();
-    if (waveform == kNoiseWaveform) {
-      noise_[n].render(out, frames, pitch, gain, (shape + 1.0f) * 0.5f);
+    noiseOn_[n] = waveform == kNoiseWaveform;
+    if (noiseOn_[n]) {
+      noise_[n].aim(frames, pitch, gain, (shape + 1.0f) * 0.5f);
     } else {
       const float exponent = params[rows.sync].voicePhysical() / kSemitonesPerOctave;
       if (exponent != syncExponent_[n]) {
         syncExponent_[n] = exponent;
         syncRatio_[n] = std::pow(2.0, exponent);
       }
-      osc_[n].render(out, frames, pitch, gain, waveform, shape, syncRatio_[n], in.jumpGain);
+      osc_[n].aim(frames, pitch, gain, waveform, shape, syncRatio_[n], in.jumpGain);
     }
   }
 
   const float subPitch = in.pitch + kSemitonesPerOctave * params[kSubOctave].voiceStepped() +
                          kInternalPitchSpan * params[kSubPitch].voicePhysical();
   const float subGain = in.sourcesOn ? params[kSubGain].voiceValue : 0.0f;
-  sub_.render(out, frames, subPitch, subGain, params[kSubShape].voicePhysical());
+  sub_.aim(frames, subPitch, subGain, params[kSubShape].voicePhysical());
 
-  filter1_.render(out, frames, filterInput(params, kFilter1Params, in));
-  shaper_.render(out, frames, params[kShaperMode].voiceStepped(), params[kShaperDrive].voiceValue,
-                 params[kShaperMix].voiceValue);
-  filter2_.render(out, frames, filterInput(params, kFilter2Params, in));
+  filter1_.aim(frames, filterInput(params, kFilter1Params, in));
+  shaper_.aim(frames, params[kShaperMode].voiceStepped(), params[kShaperDrive].voiceValue,
+              params[kShaperMix].voiceValue);
+  filter2_.aim(frames, filterInput(params, kFilter2Params, in));
+}
+
+void VoiceChain::render(float* out, int frames) {
+  std::fill(out, out + frames, 0.0f);
+  for (int n = 0; n < kOscillators; ++n) {
+    if (noiseOn_[n]) {
+      noise_[n].render(out, frames);
+    } else {
+      osc_[n].render(out, frames);
+    }
+  }
+  sub_.render(out, frames);
+  filter1_.render(out, frames);
+  shaper_.render(out, frames);
+  filter2_.render(out, frames);
   filtersSilent_ = filter1_.isSilent() && filter2_.isSilent();
 }
 

@@ -4,10 +4,12 @@
 // voice's pitch plus its own octave, semitone, cents and internal pitch offset; its sync ratio
 // is 2^(Sync / 12). SUB plays at the voice's pitch plus its octave and pitch offset. The filters
 // take the filter envelope's level for their envelope amount and the voice's pitch for key
-// tracking. Everything reads the parameters' voice values once per block. The amplitude
-// envelope and the output gain are applied by the voice and the engine after this chain.
-// Limits: frames per call at most kMaxBlock. Every operation runs on the audio thread (or any
-// thread while the engine does not render); nothing allocates.
+// tracking. The chain reads the parameters' voice values once per control tick, when the voice
+// aims it; the pieces of audio rendered until the next aim only continue what the aim set up,
+// so where the host cuts its blocks changes nothing. The amplitude envelope and the output gain
+// are applied by the voice and the engine after this chain. Limits: frames per call at most
+// kMaxBlock. Every operation runs on the audio thread (or any thread while the engine does not
+// render); nothing allocates.
 #pragma once
 
 #include "engine/oscillators/noise_oscillator.h"
@@ -19,7 +21,7 @@
 
 namespace ziv {
 
-// What the voice knows about this block that the chain needs.
+// What the voice knows about this control tick that the chain needs.
 struct VoiceChainInput {
   float pitch = 60.0f;          // the voice's sounding pitch in semitones, before OSC offsets
   float filterEnvLevel = 0.0f;  // 0..1
@@ -36,12 +38,15 @@ class VoiceChain {
   // Clears both filters and the shaper and reseeds the two noise oscillators (every start but
   // the monophonic legato continuation).
   void restart(const int noiseSeed[kOscillators]);
-  // A fresh voice: every source starts at `phase` (cycles) and takes its first block's settings
-  // without ramps; the correction rings are cleared.
+  // A fresh voice: every source starts at `phase` (cycles) and takes its first settings without
+  // ramps; the correction rings are cleared.
   void startSources(double phase);
 
-  // Renders `frames` samples into out, overwriting it.
-  void render(float* out, int frames, const Parameter* params, const VoiceChainInput& in);
+  // Reads the parameters' voice values and sets every unit's ramps to reach them after `frames`
+  // samples (1..kMaxBlock).
+  void aim(int frames, const Parameter* params, const VoiceChainInput& in);
+  // Renders the next `frames` samples of the aimed span into out, overwriting it.
+  void render(float* out, int frames);
 
   // Both filters' recent outputs are at or below the silence threshold. Kept as a flag, updated
   // by every render and restart: the engine asks this of all 64 voices every block.
@@ -49,6 +54,8 @@ class VoiceChain {
 
  private:
   bool filtersSilent_ = true;
+  // Each OSC plays its noise oscillator (waveform "Noise") rather than its saw/pulse core.
+  bool noiseOn_[kOscillators] = {false, false};
   // Each OSC's last Sync / 12 and the 2^(Sync / 12) it gave: pow runs only when Sync moves.
   float syncExponent_[kOscillators] = {0.0f, 0.0f};
   double syncRatio_[kOscillators] = {1.0, 1.0};

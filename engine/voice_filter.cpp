@@ -116,20 +116,20 @@ void VoiceFilter::voxFormants(float position, float q, float* frequency, float* 
   }
 }
 
-void VoiceFilter::render(float* buf, int frames, const VoiceFilterInput& in) {
+void VoiceFilter::aim(int frames, const VoiceFilterInput& in) {
   const int mode = (in.mode >= kFilterLowPass && in.mode <= kFilterVox) ? in.mode : kFilterLowPass;
-  if (mode != lastMode_ && (mode == kFilterVox || lastMode_ == kFilterVox)) {
+  if (mode != mode_ && (mode == kFilterVox || mode_ == kFilterVox)) {
     // VOX starts or stops. The upper formant elements are cleared so that they neither hold the
     // voice open nor replay stale history when VOX comes back. The first element restarts too
     // (its old ringing fades out): it changes from the first formant's resonance to the cutoff's,
-    // and history carried across such jumps, repeated every block at high Q, pumps energy in
+    // and history carried across such jumps, repeated every span at high Q, pumps energy in
     // until the output runs away.
     for (FilterElement& e : elements_) e.reset();
   }
   if (mode != kFilterVox) voxGainsValid_ = false;
-  lastMode_ = mode;
+  mode_ = mode;
   if (mode == kFilterVox) {
-    renderVox(buf, frames, in);
+    aimVox(frames, in);
     return;
   }
   const float octaves = cutoffOctaves(in);
@@ -152,35 +152,58 @@ void VoiceFilter::render(float* buf, int frames, const VoiceFilterInput& in) {
   const int shape = bandPass                  ? FilterElement::kBandPass
                     : mode == kFilterHighPass ? FilterElement::kHighPass
                                               : FilterElement::kLowPass;
-  elements_[0].render(buf, frames, shape, cutoffHz_, q, modeGain_);
+  elements_[0].aim(frames, shape, cutoffHz_, q, modeGain_);
 }
 
-void VoiceFilter::renderVox(float* buf, int frames, const VoiceFilterInput& in) {
-  float frequency[kFormants], formantQ[kFormants], gain[kFormants];
-  voxFormants(voxPosition(in), in.q, frequency, formantQ, gain);
-  if (!voxGainsValid_) std::copy(gain, gain + kFormants, voxGain_);
+void VoiceFilter::aimVox(int frames, const VoiceFilterInput& in) {
+  frames = std::max(frames, 1);  // an empty span (a caller's error) reaches its gains in one sample
+  float frequency[kFormants], formantQ[kFormants];
+  voxFormants(voxPosition(in), in.q, frequency, formantQ, voxTarget_);
+  if (!voxGainsValid_) std::copy(voxTarget_, voxTarget_ + kFormants, voxGain_);
   voxGainsValid_ = true;
+  const float step = 1.0f / frames;
+  for (int k = 0; k < kFormants; ++k) {
+    voxStep_[k] = (voxTarget_[k] - voxGain_[k]) * step;
+    elements_[k].aim(frames, FilterElement::kBandPass, frequency[k], formantQ[k], 1.0f);
+  }
+  voxRampLeft_ = frames;
+}
+
+void VoiceFilter::render(float* buf, int frames) {
+  if (mode_ == kFilterVox) {
+    renderVox(buf, frames);
+  } else {
+    elements_[0].render(buf, frames);
+  }
+}
+
+void VoiceFilter::renderVox(float* buf, int frames) {
   // The formant gains scale each element's input (ramped per sample) rather than its output, so
   // a gain change passes through the formant's resonance instead of stepping its ringing.
-  const float step = 1.0f / frames;
   for (int start = 0; start < frames; start += kMaxBlock) {
     const int n = std::min(kMaxBlock, frames - start);
+    const int ramped = std::min(n, voxRampLeft_);
+    const bool spanEnds = ramped == voxRampLeft_;
     float* x = buf + start;
     for (int k = kFormants - 1; k >= 0; --k) {
       float* y = k == 0 ? x : scratch_[k - 1];
-      const float g0 = voxGain_[k] + (gain[k] - voxGain_[k]) * start * step;
-      const float dg = (gain[k] - voxGain_[k]) * step;
-      float g = g0;
-      for (int i = 0; i < n; ++i) {
+      float g = voxGain_[k];
+      const float dg = voxStep_[k];
+      int i = 0;
+      for (; i < ramped; ++i) {
         g += dg;
         y[i] = x[i] * g;
       }
-      elements_[k].render(y, n, FilterElement::kBandPass, frequency[k], formantQ[k], 1.0f);
+      // Past the span's end its gain holds exactly (not the sum of the steps).
+      if (spanEnds) g = voxTarget_[k];
+      for (; i < n; ++i) y[i] = x[i] * g;
+      voxGain_[k] = g;
+      elements_[k].render(y, n);
     }
+    voxRampLeft_ -= ramped;
     for (int k = 1; k < kFormants; ++k)
       for (int i = 0; i < n; ++i) x[i] += scratch_[k - 1][i];
   }
-  std::copy(gain, gain + kFormants, voxGain_);
 }
 
 }  // namespace ziv

@@ -17,6 +17,8 @@
 // - VOX: the cutoff (with key tracking and envelope, same octave sums) sweeps the ten vowels,
 //   dark to bright, across the 10-octave range; Q narrows the formants from twice their natural
 //   bandwidth (Q 0) through natural (Q 0.4) to a quarter of it (Q 1).
+// Settings arrive once per aimed span; the VOX formant gains ramp linearly across it, like the
+// elements' coefficients, and the span renders the same in any number of pieces.
 // Limits: frequencies beyond 8 Hz .. 0.499 x rate are clamped by the element; the frequency slew
 // of the element (10 pi rad/s of w0) applies to every mode.
 #pragma once
@@ -30,7 +32,7 @@ namespace ziv {
 
 enum VoiceFilterMode { kFilterLowPass = 0, kFilterHighPass = 1, kFilterBandPass = 2, kFilterVox = 3 };
 
-// One block's settings, read by the voice from its parameter voice values.
+// One aimed span's settings, read by the voice from its parameter voice values.
 struct VoiceFilterInput {
   int mode = kFilterLowPass;  // VoiceFilterMode; out-of-range values act as LP
   float cutoff = 1.0f;        // normalised 0..1
@@ -53,9 +55,13 @@ class VoiceFilter {
   // thread while the engine does not render.
   void reset();
 
-  // Filters buf[0..frames) in place (frames at most kMaxBlock). Audio thread, or any thread
-  // while the engine does not render.
-  void render(float* buf, int frames, const VoiceFilterInput& in);
+  // Aims the next `frames` samples (1..kMaxBlock) at these settings, from where the samples
+  // rendered so far left the filter. A change to or from VOX restarts the elements here. Audio
+  // thread, or any thread while the engine does not render.
+  void aim(int frames, const VoiceFilterInput& in);
+
+  // Filters buf[0..frames) in place: the next samples of the aimed span. Same threads as aim.
+  void render(float* buf, int frames);
 
   // True when every element's recent output is at or below kSilence. Audio thread, or any
   // thread while the engine does not render.
@@ -82,10 +88,11 @@ class VoiceFilter {
   static float voxPosition(const VoiceFilterInput& in);
 
  private:
-  void renderVox(float* buf, int frames, const VoiceFilterInput& in);
+  void aimVox(int frames, const VoiceFilterInput& in);
+  void renderVox(float* buf, int frames);
 
   FilterElement elements_[kFormants];
-  int lastMode_ = kFilterLowPass;
+  int mode_ = kFilterLowPass;  // the aimed span's mode
   // The LP, HP and BP modes' last inputs and results of exp2 and pow, which run again only when
   // their inputs move (NaN: nothing computed yet).
   float cutoffOctaves_ = std::numeric_limits<float>::quiet_NaN();
@@ -95,8 +102,13 @@ class VoiceFilter {
   int gainMode_ = -1;
   float gainResonance_ = std::numeric_limits<float>::quiet_NaN();
   float modeGain_ = 0.0f;
-  bool voxGainsValid_ = false;  // voxGain_ holds the last VOX block's formant gains
+  // The VOX formant gains: those of the last rendered sample (valid while VOX runs), the aimed
+  // span's, the per-sample step between them and the samples of the span still to render.
+  bool voxGainsValid_ = false;
   float voxGain_[kFormants] = {};
+  float voxTarget_[kFormants] = {};
+  float voxStep_[kFormants] = {};
+  int voxRampLeft_ = 0;
   float scratch_[kFormants - 1][kMaxBlock] = {};
 };
 

@@ -52,7 +52,9 @@ class ProcessingScope {
 }  // namespace
 
 VstTest::VstTest(vst2::AudioMasterCallback audioMaster, std::unique_ptr<SynthEngine> engine)
-    : VstTestModule(audioMaster, kProgramCount, std::move(engine)), midiLearn_(settingsFilePath()), tempo_(kDefaultTempo) {
+    : VstTestModule(audioMaster, kProgramCount, std::move(engine)),
+      midiLearn_(settingsFilePath()),
+      tempo_(kDefaultTempo) {
   SynthEngine& synth = this->engine();
   synth.setSampleRate(44100.0f);
 
@@ -474,14 +476,14 @@ void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 f
     const int start = k * n / subBlocks;
     const int end = (k + 1) * n / subBlocks;
     const float fraction = static_cast<float>(k + 1) / static_cast<float>(subBlocks);
+    // The sub-block's smoothing step first, so that a note on its first frame finds the host's
+    // automation as the sound will.
+    synth.smoothParameters(fraction);
     // Every event takes effect on its own frame, rather than at the start of the sub-block that
     // holds it: the sub-block is cut where events fall, so a note sounds where it was played
-    // whatever the host's block size. The pieces keep their sub-block's smoothing step.
+    // whatever the host's block size. An event's values are in force at once: a note starts with
+    // the wheels and the program of its own frame.
     for (int at = start; at < end;) {
-      // The sub-block's smoothing step first, so that a note on its first frame finds the host's
-      // automation as the sound will; then this frame's events, which put their values in force
-      // at once: a note starts with the wheels and the program of its own frame.
-      synth.smoothParameters(fraction);
       while (!eventQueue_.empty() && eventQueue_.front().deltaFrames <= at) {
         dispatch(eventQueue_.front());
         eventQueue_.popFront();

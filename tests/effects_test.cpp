@@ -33,6 +33,25 @@ void renderBlocks(std::vector<float>& left, std::vector<float>& right, Process p
   }
 }
 
+// One aimed span rendered in one call: how a test steps a unit block by block.
+void renderSpan(Delay& delay, float* left, float* right, int frames, const DelaySettings& s, bool synthIdle) {
+  delay.aim(frames, s);
+  delay.render(left, right, frames, synthIdle);
+}
+void renderSpan(Chorus& chorus, float* left, float* right, int frames, const ChorusSettings& s,
+                bool synthIdle) {
+  chorus.aim(frames, s);
+  chorus.render(left, right, frames, synthIdle);
+}
+void renderSpan(Limiter& limiter, float* left, float* right, int frames, bool on, bool chainIdle) {
+  limiter.aim(on);
+  limiter.render(left, right, frames, chainIdle);
+}
+void renderSpan(MasterEq& eq, float* left, float* right, int frames, const MasterEqSettings& s) {
+  eq.aim(frames, s);
+  eq.render(left, right, frames);
+}
+
 int firstNonZero(const std::vector<float>& buf, int from = 0) {
   for (int i = from; i < static_cast<int>(buf.size()); ++i) {
     if (buf[i] != 0.0f) return i;
@@ -85,7 +104,7 @@ TEST(Delay, EchoTimesAndFeedbackDecayPerEcho) {
   left[0] = right[0] = 1.0f;
   bool first = true;
   renderBlocks(left, right, [&](float* l, float* r, int n) {
-    delay.render(l, r, n, s, !first);
+    renderSpan(delay, l, r, n, s, !first);
     first = false;
   });
   const int leftPeriod = static_cast<int>(std::lround(0.025 * kRate));
@@ -112,7 +131,7 @@ TEST(Delay, TailRingsOutThenStopsUntilSoundReturns) {
   s.feedback = 0.5f;
   s.send = 1.0f;
   float l[kMaxBlock] = {1.0f}, r[kMaxBlock] = {1.0f};
-  delay.render(l, r, kMaxBlock, s, false);
+  renderSpan(delay, l, r, kMaxBlock, s, false);
   const float f = 0.49f, t = 0.01f;
   EXPECT_NEAR(delay.tail(), std::pow(f, -t), 1e-5f);
 
@@ -124,7 +143,7 @@ TEST(Delay, TailRingsOutThenStopsUntilSoundReturns) {
   while (!delay.isSilent() && blocks < 10000) {
     std::fill(l, l + kMaxBlock, 0.0f);
     std::fill(r, r + kMaxBlock, 0.0f);
-    delay.render(l, r, kMaxBlock, s, true);
+    renderSpan(delay, l, r, kMaxBlock, s, true);
     for (float x : l) lastEcho = x != 0.0f ? x : lastEcho;
     ++blocks;
   }
@@ -135,11 +154,11 @@ TEST(Delay, TailRingsOutThenStopsUntilSoundReturns) {
   // Stopped: the input passes unchanged, nothing is added.
   float probe[kMaxBlock], probeRight[kMaxBlock];
   for (int i = 0; i < kMaxBlock; ++i) probe[i] = probeRight[i] = 1e-3f * i;
-  delay.render(probe, probeRight, kMaxBlock, s, true);
+  renderSpan(delay, probe, probeRight, kMaxBlock, s, true);
   for (int i = 0; i < kMaxBlock; ++i) ASSERT_EQ(probe[i], 1e-3f * i);
 
   // Sound returns: it runs again.
-  delay.render(probe, probeRight, kMaxBlock, s, false);
+  renderSpan(delay, probe, probeRight, kMaxBlock, s, false);
   EXPECT_FALSE(delay.isSilent());
 }
 
@@ -152,19 +171,19 @@ TEST(Chorus, MixZeroIsDryAndStopsAfterATenthOfASecondIdle) {
   std::vector<float> left(4096), right(4096);
   for (size_t i = 0; i < left.size(); ++i) left[i] = right[i] = static_cast<float>(std::sin(0.01 * i));
   const std::vector<float> input = left;
-  renderBlocks(left, right, [&](float* l, float* r, int n) { chorus.render(l, r, n, s, false); });
+  renderBlocks(left, right, [&](float* l, float* r, int n) { renderSpan(chorus, l, r, n, s, false); });
   EXPECT_EQ(left, input);
   EXPECT_EQ(right, input);
 
   const int idleBlocks = static_cast<int>(std::ceil(0.1 * kRate / kMaxBlock));
   float l[kMaxBlock] = {}, r[kMaxBlock] = {};
-  for (int b = 0; b < idleBlocks - 1; ++b) chorus.render(l, r, kMaxBlock, s, true);
+  for (int b = 0; b < idleBlocks - 1; ++b) renderSpan(chorus, l, r, kMaxBlock, s, true);
   EXPECT_FALSE(chorus.skipping());
-  chorus.render(l, r, kMaxBlock, s, true);
+  renderSpan(chorus, l, r, kMaxBlock, s, true);
   EXPECT_TRUE(chorus.skipping());
   // Raising the mix wakes it although the synth is still idle.
   s.mix = 0.5f;
-  chorus.render(l, r, kMaxBlock, s, true);
+  renderSpan(chorus, l, r, kMaxBlock, s, true);
   EXPECT_FALSE(chorus.skipping());
 }
 
@@ -178,7 +197,7 @@ TEST(Chorus, ZeroDelayAndDepthIsOneSampleLate) {
     right[i] = static_cast<float>(std::cos(0.03 * i));
   }
   const std::vector<float> inLeft = left, inRight = right;
-  renderBlocks(left, right, [&](float* l, float* r, int n) { chorus.render(l, r, n, s, false); });
+  renderBlocks(left, right, [&](float* l, float* r, int n) { renderSpan(chorus, l, r, n, s, false); });
   EXPECT_EQ(left[0], 0.0f);
   for (size_t i = 1; i < left.size(); ++i) {
     ASSERT_NEAR(left[i], inLeft[i - 1], 1e-6f) << i;
@@ -195,7 +214,7 @@ TEST(Chorus, DelayRangeAndSlewLimit) {
   float l[kMaxBlock] = {}, r[kMaxBlock] = {};
   double lo = 1.0, hi = 0.0;
   for (int b = 0; b < 2000; ++b) {
-    chorus.render(l, r, kMaxBlock, s, false);
+    renderSpan(chorus, l, r, kMaxBlock, s, false);
     lo = std::min({lo, chorus.leftDelay(), chorus.rightDelay()});
     hi = std::max({hi, chorus.leftDelay(), chorus.rightDelay()});
   }
@@ -208,19 +227,19 @@ TEST(Chorus, DelayRangeAndSlewLimit) {
   Chorus jump;
   jump.setSampleRate(kRate);
   ChorusSettings still{0.0f, 0.0f, 0.0f, 0.0f, 0.5f};
-  jump.render(l, r, kMaxBlock, still, false);
+  renderSpan(jump, l, r, kMaxBlock, still, false);
   EXPECT_NEAR(jump.leftDelay(), 0.0, 1e-12);
   still.delay = 1.0f;  // target 0.05 s
-  jump.render(l, r, kMaxBlock, still, false);
+  renderSpan(jump, l, r, kMaxBlock, still, false);
   EXPECT_NEAR(jump.leftDelay(), maxStep, 1e-9);
 
   Chorus fast;
   fast.setSampleRate(8000.0f);
   const ChorusSettings deep{0.0f, 1.0f, 1.0f, 0.0f, 0.5f};
-  fast.render(l, r, kMaxBlock, deep, false);
+  renderSpan(fast, l, r, kMaxBlock, deep, false);
   double previous = fast.leftDelay(), largest = 0.0;
   for (int b = 0; b < 200; ++b) {
-    fast.render(l, r, kMaxBlock, deep, false);
+    renderSpan(fast, l, r, kMaxBlock, deep, false);
     largest = std::max(largest, std::fabs(fast.leftDelay() - previous));
     previous = fast.leftDelay();
   }
@@ -240,7 +259,7 @@ TEST(Limiter, LatencyIsTheLookAheadAndPeaksStayBelowFullScale) {
   std::vector<float> left(1024, 0.0f), right(1024, 0.0f);
   left[100] = 0.5f;
   right[100] = -0.25f;
-  renderBlocks(left, right, [&](float* l, float* r, int n) { limiter.render(l, r, n, true, false); });
+  renderBlocks(left, right, [&](float* l, float* r, int n) { renderSpan(limiter, l, r, n, true, false); });
   EXPECT_EQ(firstNonZero(left), 163);
   EXPECT_FLOAT_EQ(left[163], 0.5f);
   EXPECT_FLOAT_EQ(right[163], -0.25f);
@@ -252,7 +271,7 @@ TEST(Limiter, LatencyIsTheLookAheadAndPeaksStayBelowFullScale) {
   for (int i = 1000; i < 5000; ++i)
     l[i] = r[i] = static_cast<float>(2.0 * std::sin(2.0 * kPiD * 997.0 * i / kRate));
   l[7000] = 2.0f;
-  renderBlocks(l, r, [&](float* a, float* b, int n) { burst.render(a, b, n, true, false); });
+  renderBlocks(l, r, [&](float* a, float* b, int n) { renderSpan(burst, a, b, n, true, false); });
   float peak = 0.0f;
   for (float x : l) peak = std::max(peak, std::fabs(x));
   EXPECT_LT(peak, 1.0f);
@@ -263,7 +282,7 @@ TEST(Limiter, LatencyIsTheLookAheadAndPeaksStayBelowFullScale) {
   dip.setSampleRate(kRate);
   std::vector<float> d(512, 0.5f), e(512, 0.5f);
   d[300] = 2.0f;
-  renderBlocks(d, e, [&](float* a, float* b, int n) { dip.render(a, b, n, true, false); });
+  renderBlocks(d, e, [&](float* a, float* b, int n) { renderSpan(dip, a, b, n, true, false); });
   EXPECT_FLOAT_EQ(e[300 + 63 - 63], 0.5f);
   EXPECT_LT(e[300 + 63 - 62], 0.5f);
   EXPECT_LT(e[300 + 63 - 1], e[300 + 63 - 30]);
@@ -274,12 +293,12 @@ TEST(Limiter, OffPassesUnchangedAndDiscardsItsDelay) {
   limiter.setSampleRate(kRate);
   float l[kMaxBlock], r[kMaxBlock];
   for (int i = 0; i < kMaxBlock; ++i) l[i] = r[i] = 3.0f;
-  limiter.render(l, r, kMaxBlock, true, false);
+  renderSpan(limiter, l, r, kMaxBlock, true, false);
   for (int i = 0; i < kMaxBlock; ++i) l[i] = r[i] = 0.25f;
-  limiter.render(l, r, kMaxBlock, false, false);
+  renderSpan(limiter, l, r, kMaxBlock, false, false);
   for (int i = 0; i < kMaxBlock; ++i) ASSERT_EQ(l[i], 0.25f);
   // Switched on again: the old samples are gone, it starts from silence.
-  limiter.render(l, r, kMaxBlock, true, false);
+  renderSpan(limiter, l, r, kMaxBlock, true, false);
   EXPECT_EQ(l[0], 0.0f);
   EXPECT_EQ(l[62], 0.0f);
   EXPECT_FLOAT_EQ(l[63], 0.25f);
@@ -309,7 +328,7 @@ double eqGain(double freqHz, const MasterEqSettings& settings) {
   std::vector<float> left(settle + measure), right(settle + measure);
   for (size_t i = 0; i < left.size(); ++i)
     left[i] = right[i] = static_cast<float>(std::sin(2.0 * kPiD * freqHz * i / kRate));
-  renderBlocks(left, right, [&](float* l, float* r, int n) { eq.render(l, r, n, settings); });
+  renderBlocks(left, right, [&](float* l, float* r, int n) { renderSpan(eq, l, r, n, settings); });
   double s = 0.0, c = 0.0;
   for (int i = 0; i < measure; ++i) {
     const double phase = 2.0 * kPiD * freqHz * (settle + i) / kRate;
@@ -375,7 +394,8 @@ struct ChainRig {
   void render(std::vector<float>& left, std::vector<float>& right, bool sounding) {
     engine.smoothParameters(1.0f);
     renderBlocks(left, right, [&](float* l, float* r, int n) {
-      chain.render(&engine.parameter(0), l, r, n, 120.0, sounding);
+      chain.aim(n, &engine.parameter(0), 120.0);
+      chain.render(l, r, n, sounding);
     });
   }
 };

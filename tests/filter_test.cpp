@@ -1,13 +1,19 @@
 // The filter element against the cookbook's responses, its clamp, restart fade, silence
-// test and stability, and the voice filter's control mapping and vowel formants.
+// test and stability, and the voice filter's control mapping and vowel formants; and the
+// element, the voice filter and the noise oscillator (which runs an element) rendering the same
+// whatever pieces their aimed spans are cut into.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 #include <vector>
 
 #include "engine/dsp.h"
 #include "engine/filter_element.h"
+#include "engine/oscillators/noise_oscillator.h"
+#include "engine/random.h"
 #include "engine/voice_filter.h"
 
 namespace ziv {
@@ -17,6 +23,18 @@ constexpr float kRate = 44100.0f;
 constexpr int kSettle = 8192;    // samples before measuring
 constexpr int kMeasure = 44100;  // one second: whole cycles of every integer frequency
 constexpr double kPiD = 3.14159265358979323846;
+
+// One span aimed and rendered in one call, as the engine renders an undivided span.
+void renderSpan(FilterElement& e, float* buf, int frames, int shape, float freqHz, float q, float gain,
+                float shelf = 1.0f) {
+  e.aim(frames, shape, freqHz, q, gain, shelf);
+  e.render(buf, frames);
+}
+
+void renderSpan(VoiceFilter& v, float* buf, int frames, const VoiceFilterInput& in) {
+  v.aim(frames, in);
+  v.render(buf, frames);
+}
 
 // Runs a unit sine of freqHz through `process` (in blocks of kMaxBlock) and returns the
 // output's amplitude at that frequency after settling.
@@ -39,7 +57,7 @@ double sineGain(double freqHz, Process process) {
 double elementGain(int shape, double freqHz, float cutoff, float q, float gain, float shelf = 1.0f) {
   FilterElement e;
   e.setSampleRate(kRate);
-  return sineGain(freqHz, [&](float* b, int n) { e.render(b, n, shape, cutoff, q, gain, shelf); });
+  return sineGain(freqHz, [&](float* b, int n) { renderSpan(e, b, n, shape, cutoff, q, gain, shelf); });
 }
 
 // The cookbook's published properties at DC, the cutoff and Nyquist.
@@ -99,7 +117,7 @@ TEST(FilterElement, ClampsCutoff) {
     e.setSampleRate(kRate);
     std::vector<float> buf(512);
     for (size_t i = 0; i < buf.size(); ++i) buf[i] = (i % 37 < 18) ? 1.0f : -1.0f;
-    for (int i = 0; i < 512; i += kMaxBlock) e.render(buf.data() + i, kMaxBlock, 0, freq, 2.0f, 1.0f);
+    for (int i = 0; i < 512; i += kMaxBlock) renderSpan(e, buf.data() + i, kMaxBlock, 0, freq, 2.0f, 1.0f);
     return buf;
   };
   auto maxDifference = [](const std::vector<float>& a, const std::vector<float>& b) {
@@ -123,17 +141,17 @@ TEST(FilterElement, ResetFadesOutTheOldRingingWithoutClick) {
   for (FilterElement* e : {&restarted, &continued, &fresh, &quietThenReset}) e->setSampleRate(kRate);
   // Loud, ringing history for two of them; the same block of silence for the last.
   std::vector<float> loud(kMaxBlock, 5.0f), quiet(kMaxBlock, 0.0f), ignored = loud;
-  restarted.render(loud.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
-  continued.render(ignored.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
-  quietThenReset.render(quiet.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  renderSpan(restarted, loud.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  renderSpan(continued, ignored.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  renderSpan(quietThenReset, quiet.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
   restarted.reset();
   quietThenReset.reset();
 
   std::vector<float> a = input, c = input, f = input, q = input;
-  restarted.render(a.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
-  continued.render(c.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
-  fresh.render(f.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
-  quietThenReset.render(q.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  renderSpan(restarted, a.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  renderSpan(continued, c.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  renderSpan(fresh, f.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
+  renderSpan(quietThenReset, q.data(), kMaxBlock, 0, 300.0f, 8.0f, 1.0f);
 
   EXPECT_NEAR(a[0], c[0], 1e-4f) << "the output goes on where the old filter was";
   for (int i = FilterElement::kCrossfadeSamples; i < kMaxBlock; ++i) EXPECT_FLOAT_EQ(a[i], f[i]) << i;
@@ -155,20 +173,20 @@ TEST(FilterElement, SilenceFollowsTheLastTwoOutputs) {
   e.setSampleRate(kRate);
   EXPECT_TRUE(e.isSilent());
   std::vector<float> buf(kMaxBlock, 0.5f);
-  e.render(buf.data(), kMaxBlock, 0, 1000.0f, 10.0f, 1.0f);
+  renderSpan(e, buf.data(), kMaxBlock, 0, 1000.0f, 10.0f, 1.0f);
   EXPECT_FALSE(e.isSilent());
   // A resonant tail decays below the threshold within a second and stays there.
   int blocks = 0;
   do {
     std::fill(buf.begin(), buf.end(), 0.0f);
-    e.render(buf.data(), kMaxBlock, 0, 1000.0f, 10.0f, 1.0f);
+    renderSpan(e, buf.data(), kMaxBlock, 0, 1000.0f, 10.0f, 1.0f);
   } while (!e.isSilent() && ++blocks < 400);
   EXPECT_LT(blocks, 400);
   EXPECT_LE(std::fabs(buf[kMaxBlock - 1]), kSilence);
   // A single loud sample at the end of a block is not silence.
   buf.assign(kMaxBlock, 0.0f);
   buf[kMaxBlock - 1] = 1.0f;
-  e.render(buf.data(), kMaxBlock, 0, 1000.0f, 10.0f, 1.0f);
+  renderSpan(e, buf.data(), kMaxBlock, 0, 1000.0f, 10.0f, 1.0f);
   EXPECT_FALSE(e.isSilent());
   e.reset();
   EXPECT_TRUE(e.isSilent());
@@ -189,8 +207,8 @@ TEST(FilterElement, StaysStableUnderRandomJumps) {
   for (int block = 0; block < 2000; ++block) {
     for (float& x : buf) x = 2.0f * next() - 1.0f;
     const int shape = static_cast<int>(next() * 7.0f);
-    e.render(buf.data(), 1 + static_cast<int>(next() * (kMaxBlock - 1)), shape, 20000.0f * next() * next(),
-             0.5f + 30.0f * next(), 1.0f, 0.1f + 2.0f * next());
+    renderSpan(e, buf.data(), 1 + static_cast<int>(next() * (kMaxBlock - 1)), shape,
+               20000.0f * next() * next(), 0.5f + 30.0f * next(), 1.0f, 0.1f + 2.0f * next());
     for (float y : buf) {
       ASSERT_TRUE(std::isfinite(y));
       peak = std::max(peak, std::fabs(y));
@@ -205,9 +223,9 @@ TEST(FilterElement, SlewsLargeFrequencyJumps) {
   FilterElement e;
   e.setSampleRate(kRate);
   std::vector<float> buf(kMaxBlock, 0.0f);
-  e.render(buf.data(), kMaxBlock, 2, 100.0f, 5.0f, 1.0f);
+  renderSpan(e, buf.data(), kMaxBlock, 2, 100.0f, 5.0f, 1.0f);
   FilterElement oneBlock = e;
-  oneBlock.render(buf.data(), kMaxBlock, 2, 10000.0f, 5.0f, 1.0f);
+  renderSpan(oneBlock, buf.data(), kMaxBlock, 2, 10000.0f, 5.0f, 1.0f);
   // One block after the jump the element sits at 100 Hz plus one block's slew (740 Hz), far from
   // its target: it filters exactly like an element started there.
   const double w = 2.0 * kPiD * 100.0 / kRate + 10.0 * kPiD * kMaxBlock / kRate;
@@ -217,11 +235,11 @@ TEST(FilterElement, SlewsLargeFrequencyJumps) {
   for (int i = 0; i < kMaxBlock; ++i) probe[i] = (i == 0) ? 1.0f : 0.0f;
   FilterElement a = oneBlock, b;
   b.setSampleRate(kRate);
-  b.render(buf.data(), kMaxBlock, 2, static_cast<float>(reachedHz), 5.0f, 1.0f);
+  renderSpan(b, buf.data(), kMaxBlock, 2, static_cast<float>(reachedHz), 5.0f, 1.0f);
   // Both now filter the same impulse with the same coefficients once their targets hold still.
   std::vector<float> pa = probe, pb = probe;
-  a.render(pa.data(), kMaxBlock, 2, static_cast<float>(reachedHz), 5.0f, 1.0f);
-  b.render(pb.data(), kMaxBlock, 2, static_cast<float>(reachedHz), 5.0f, 1.0f);
+  renderSpan(a, pa.data(), kMaxBlock, 2, static_cast<float>(reachedHz), 5.0f, 1.0f);
+  renderSpan(b, pb.data(), kMaxBlock, 2, static_cast<float>(reachedHz), 5.0f, 1.0f);
   for (int i = 0; i < kMaxBlock; ++i) EXPECT_NEAR(pa[i], pb[i], 1e-5) << i;
 }
 
@@ -258,7 +276,7 @@ double voiceGain(const VoiceFilterInput& in, double f) {
   VoiceFilter v;
   v.setSampleRate(kRate);
   v.reset();
-  return sineGain(f, [&](float* b, int n) { v.render(b, n, in); });
+  return sineGain(f, [&](float* b, int n) { renderSpan(v, b, n, in); });
 }
 
 TEST(VoiceFilter, LowPassIsButterworthAtZeroQAndRingsAtFullQ) {
@@ -302,7 +320,7 @@ float sawPeakAtFullQ(int frames, Settle settle) {
       x = static_cast<float>(2.0 * phase - 1.0);
       phase = std::fmod(phase + 110.0 / kRate, 1.0);
     }
-    v.render(buf.data(), frames, in);
+    renderSpan(v, buf.data(), frames, in);
     for (float y : buf) {
       if (!std::isfinite(y)) return INFINITY;
       peak = std::max(peak, std::fabs(y));
@@ -370,6 +388,138 @@ TEST(VoiceFilter, VoxInterpolatesAndSharpens) {
   for (int k = 0; k < 3; ++k) EXPECT_NEAR(qSharp[k], 4.0f * q[k], 1e-3f * q[k]);
   EXPECT_GT(g[0], 0.0f);
   EXPECT_LT(g[1], 0.0f);  // alternating signs
+}
+
+// ---- Aimed spans cut into pieces ----
+
+float uniform(Random& random) {
+  return static_cast<float>(random.next()) / Random::kMax;
+}
+
+// One step of a script: perhaps a restart, then an aim at random settings (drawn from
+// `settingsSeed`) for `aimed` frames, of which `rendered` are rendered before the next step:
+// fewer when the next aim comes in mid-span, more when the caller overruns the span.
+struct ScriptStep {
+  bool restart;
+  int aimed;
+  int rendered;
+  std::uint32_t settingsSeed;
+};
+
+std::vector<ScriptStep> randomScript(std::uint32_t seed, int steps) {
+  Random random(seed);
+  std::vector<ScriptStep> script(steps);
+  for (ScriptStep& step : script) {
+    step.restart = uniform(random) < 0.03f;
+    step.aimed = uniform(random) < 0.1f ? 1 : 1 + random.next() % kMaxBlock;
+    const float kind = uniform(random);
+    step.rendered = kind < 0.7f   ? step.aimed
+                    : kind < 0.9f ? random.next() % step.aimed
+                                  : step.aimed + 1 + random.next() % kMaxBlock;
+    step.settingsSeed = static_cast<std::uint32_t>(random.next());
+  }
+  return script;
+}
+
+constexpr size_t kSilentEvery = 4000;  // samples of noise, then as many of silence, in the input
+
+// Runs a unit through `script` over a fixed input (rendered in place or added to, as the
+// unit does) and returns the output, with the unit's isSilent() after each step. Each step's
+// frames are rendered in one call, or with a non-zero `cutSeed` in random pieces, many of them
+// single frames. restart(unit) starts the unit; aim(unit, frames, random) aims it.
+template <typename Unit, typename Restart, typename Aim>
+std::vector<float> runScript(const std::vector<ScriptStep>& script, std::uint32_t cutSeed, Restart restart,
+                             Aim aim) {
+  Unit unit;
+  unit.setSampleRate(kRate);
+  restart(unit);
+  int total = 0;
+  for (const ScriptStep& step : script) total += step.rendered;
+  std::vector<float> out(total);
+  // Noise with stretches of silence, through which the units ring out and fall silent.
+  Random input(99), cuts(cutSeed);
+  for (size_t i = 0; i < out.size(); ++i)
+    out[i] = (i / kSilentEvery) % 2 == 0 ? 2.0f * uniform(input) - 1.0f : 0.0f;
+  std::vector<float> silence;
+  int at = 0;
+  for (const ScriptStep& step : script) {
+    if (step.restart) restart(unit);
+    Random settings(step.settingsSeed);
+    aim(unit, step.aimed, settings);
+    for (int left = step.rendered; left > 0;) {
+      const int piece = cutSeed == 0 ? left : (uniform(cuts) < 0.3f ? 1 : 1 + cuts.next() % left);
+      unit.render(out.data() + at, piece);
+      at += piece, left -= piece;
+    }
+    silence.push_back(unit.isSilent() ? 1.0f : 0.0f);
+  }
+  out.insert(out.end(), silence.begin(), silence.end());
+  return out;
+}
+
+// The script rendered whole and cut three different ways gives the same bytes; returns the
+// whole render.
+template <typename Unit, typename Restart, typename Aim>
+std::vector<float> expectSameWhateverTheCuts(Restart restart, Aim aim) {
+  const std::vector<ScriptStep> script = randomScript(2024, 600);
+  const std::vector<float> whole = runScript<Unit>(script, 0, restart, aim);
+  for (std::uint32_t cutSeed : {1u, 2u, 3u}) {
+    const std::vector<float> cut = runScript<Unit>(script, cutSeed, restart, aim);
+    EXPECT_EQ(0, std::memcmp(whole.data(), cut.data(), whole.size() * sizeof(float))) << "cuts " << cutSeed;
+  }
+  return whole;
+}
+
+TEST(FilterElement, SpansRenderTheSameWhateverTheCuts) {
+  expectSameWhateverTheCuts<FilterElement>([](FilterElement& e) { e.reset(); },
+                                           [](FilterElement& e, int frames, Random& r) {
+                                             const int shape = -1 + r.next() % 9;
+                                             const float freq = 22000.0f * uniform(r) * uniform(r);
+                                             e.aim(frames, shape, freq, 0.3f + 30.0f * uniform(r),
+                                                   2.0f * uniform(r), 0.1f + 3.0f * uniform(r));
+                                           });
+
+  // Past its span's end an element holds the span's settings, exactly as if aimed there again.
+  FilterElement once, again;
+  for (FilterElement* e : {&once, &again}) {
+    e->setSampleRate(kRate);
+    std::vector<float> settle(kMaxBlock, 0.5f);
+    renderSpan(*e, settle.data(), kMaxBlock, FilterElement::kLowPass, 1000.0f, 4.0f, 1.0f);
+    e->aim(kMaxBlock / 2, FilterElement::kHighPass, 1001.0f, 0.5f, 0.7f);
+  }
+  std::vector<float> a(2 * kMaxBlock, 0.25f), b = a;
+  once.render(a.data(), 2 * kMaxBlock);
+  again.render(b.data(), kMaxBlock / 2);
+  renderSpan(again, b.data() + kMaxBlock / 2, kMaxBlock + kMaxBlock / 2, FilterElement::kHighPass, 1001.0f,
+             0.5f, 0.7f);
+  EXPECT_EQ(0, std::memcmp(a.data(), b.data(), a.size() * sizeof(float)));
+}
+
+TEST(VoiceFilter, SpansRenderTheSameWhateverTheCuts) {
+  expectSameWhateverTheCuts<VoiceFilter>([](VoiceFilter& v) { v.reset(); },
+                                         [](VoiceFilter& v, int frames, Random& r) {
+                                           VoiceFilterInput in;
+                                           // VOX half of the time, so that it also starts and stops.
+                                           in.mode = uniform(r) < 0.5f ? kFilterVox : -1 + r.next() % 6;
+                                           in.cutoff = uniform(r);
+                                           in.q = uniform(r);
+                                           in.envAmount = 2.0f * uniform(r) - 1.0f;
+                                           in.envLevel = uniform(r);
+                                           in.keyTracking = 2.0f * uniform(r) - 1.0f;
+                                           in.pitch = 20.0f + 90.0f * uniform(r);
+                                           v.aim(frames, in);
+                                         });
+}
+
+TEST(NoiseOscillator, SpansRenderTheSameWhateverTheCuts) {
+  const std::vector<float> whole = expectSameWhateverTheCuts<NoiseOscillator>(
+      [](NoiseOscillator& n) { n.start(1234); },
+      [](NoiseOscillator& n, int frames, Random& r) {
+        // Silent half of the time, so that spans are skipped as silent too.
+        const float gain = uniform(r) < 0.5f ? 0.0f : uniform(r);
+        n.aim(frames, -40.0f + 180.0f * uniform(r), gain, uniform(r));
+      });
+  EXPECT_NE(std::find(whole.end() - 600, whole.end(), 1.0f), whole.end()) << "the noise never fell silent";
 }
 
 }  // namespace

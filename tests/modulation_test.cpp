@@ -34,8 +34,12 @@ EnvelopeTimes times(float attack, float decay, float sustain, float release, boo
 // Runs an envelope over ones in blocks of `block` samples and returns the gain of every sample.
 std::vector<float> envelopeGains(EnvelopeState& state, const EnvelopeTimes& t, int frames, int block) {
   std::vector<float> gains(frames, 1.0f);
+  EnvelopeGain gain;
+  gain.jumpTo(state);
   for (int start = 0; start < frames; start += block) {
-    applyEnvelopeGain(state, t, gains.data() + start, std::min(block, frames - start), kRate);
+    const int n = std::min(block, frames - start);
+    gain.aim(state, t, n, kRate);
+    gain.apply(gains.data() + start, n);
   }
   return gains;
 }
@@ -200,8 +204,8 @@ TEST(VoiceGain, StackedModulationStopsAtTheRangesTop) {
                                     std::pair{kGlobalLfoTarget1, ModSource::kGlobalLfo},
                                     std::pair{kModWheelTarget1, ModSource::kModWheel}}) {
       const ModTargetList list = modTargets(source);
-      const int position = static_cast<int>(std::find(list.targets, list.targets + list.count, kVoiceGain) -
-                                            list.targets);
+      const int position =
+          static_cast<int>(std::find(list.targets, list.targets + list.count, kVoiceGain) - list.targets);
       plugin.setParameter(selector + 2 * slot, static_cast<float>(position) / (list.count - 1));
       plugin.setParameter(selector + 2 * slot + 1, 1.0f);
     }
@@ -213,7 +217,7 @@ TEST(VoiceGain, StackedModulationStopsAtTheRangesTop) {
   float loudest = 0.0f;
   for (int block = 0; block < 200; ++block) {
     host.process(128);
-    loudest = std::max(loudest, host.engine().voice(host.engine().lastVoice()).lastOutputGain);
+    loudest = std::max(loudest, host.engine().voice(host.engine().lastVoice()).output.gain);
   }
   EXPECT_GT(loudest, 1.0f) << "the sources reach above the gain's default";
   EXPECT_LE(loudest, 4.0f);

@@ -1,5 +1,6 @@
 // The tone sources measured: the band-limited step table, the saw/pulse core's shapes, offset,
-// sync and silence behaviour, the noise table's reproducibility and the sub oscillator.
+// sync and silence behaviour, the noise table's reproducibility and the sub oscillator; the saw/
+// pulse core and the sub render the same samples however their aimed spans are cut.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,6 +12,8 @@
 #include "engine/oscillators/noise_oscillator.h"
 #include "engine/oscillators/saw_pulse_oscillator.h"
 #include "engine/oscillators/sub_oscillator.h"
+#include "engine/random.h"
+#include "span_split.h"
 
 namespace ziv {
 namespace {
@@ -28,16 +31,21 @@ struct SawSettings {
   double ratio = 1.0;
 };
 
-// Renders `frames` samples in engine-sized blocks from a fresh start at `phase`.
+// One span aimed and rendered whole.
+void renderSpan(SawPulseOscillator& osc, float* out, int frames, const SawSettings& s,
+                bool jumpGain = false) {
+  osc.aim(frames, s.pitch, s.gain, s.mode, s.shape, s.ratio, jumpGain);
+  osc.render(out, frames);
+}
+
+// Renders `frames` samples in engine-sized spans from a fresh start at `phase`.
 std::vector<float> renderSaw(const SawSettings& s, int frames, double phase = 0.0) {
   SawPulseOscillator osc;
   osc.setSampleRate(kRate);
   osc.start(phase);
   std::vector<float> out(frames, 0.0f);
-  for (int i = 0; i < frames; i += kMaxBlock) {
-    osc.render(out.data() + i, std::min(kMaxBlock, frames - i), s.pitch, s.gain, s.mode, s.shape, s.ratio,
-               false);
-  }
+  for (int i = 0; i < frames; i += kMaxBlock)
+    renderSpan(osc, out.data() + i, std::min(kMaxBlock, frames - i), s);
   return out;
 }
 
@@ -147,14 +155,18 @@ TEST(SawPulseOscillator, SilentBlocksKeepThePhaseRunning) {
     o->setSampleRate(kRate);
     o->start(0.4);
   }
-  const float pitch = 62.3f;
+  SawSettings s;
+  s.pitch = 62.3f;
+  s.mode = SawPulseOscillator::kPulse;
+  s.shape = 0.2f;
+  s.ratio = 1.3;
+  SawSettings off = s;
+  off.gain = 0.0f;
   std::vector<float> a(40 * kMaxBlock, 0.0f), b(40 * kMaxBlock, 0.0f);
   for (int block = 0; block < 40; ++block) {
     const bool silent = block >= 10 && block < 30;  // block 10 fades out
-    float* pa = a.data() + block * kMaxBlock;
-    float* pb = b.data() + block * kMaxBlock;
-    steady.render(pa, kMaxBlock, pitch, 1.0f, SawPulseOscillator::kPulse, 0.2f, 1.3, false);
-    paused.render(pb, kMaxBlock, pitch, silent ? 0.0f : 1.0f, SawPulseOscillator::kPulse, 0.2f, 1.3, !silent);
+    renderSpan(steady, a.data() + block * kMaxBlock, kMaxBlock, s);
+    renderSpan(paused, b.data() + block * kMaxBlock, kMaxBlock, silent ? off : s, !silent);
   }
   for (int i = 11 * kMaxBlock; i < 30 * kMaxBlock; ++i) ASSERT_EQ(b[i], 0.0f);
   // From the second audible block on, the corrections the priming could not know have rung out.
@@ -172,6 +184,12 @@ TEST(SawPulseOscillator, FadesOutAboveNyquist) {
   s.ratio = 2.0;
   const std::vector<float> synced = renderSaw(s, 1024);
   for (float v : synced) ASSERT_EQ(v, 0.0f);
+}
+
+// One span of noise aimed and rendered in one call.
+void renderNoise(NoiseOscillator& osc, float* out, int frames, float pitch, float gain, float narrowness) {
+  osc.aim(frames, pitch, gain, narrowness);
+  osc.render(out, frames);
 }
 
 TEST(NoiseOscillator, TableIsFixedUniformNoise) {
@@ -197,7 +215,8 @@ TEST(NoiseOscillator, SameSeedSameNoise) {
     osc.setSampleRate(kRate);
     osc.start(seed);
     std::vector<float> out(4096, 0.0f);
-    for (int i = 0; i < 4096; i += kMaxBlock) osc.render(out.data() + i, kMaxBlock, 60.0f, 1.0f, narrowness);
+    for (int i = 0; i < 4096; i += kMaxBlock)
+      renderNoise(osc, out.data() + i, kMaxBlock, 60.0f, 1.0f, narrowness);
     return out;
   };
   EXPECT_EQ(render(1234, 0.0f), render(1234, 0.0f));
@@ -213,7 +232,7 @@ TEST(NoiseOscillator, NarrownessFocusesTheNoiseOnTheNote) {
     osc.start(99);
     std::vector<float> out(44100, 0.0f);
     for (int i = 0; i < 44100; i += kMaxBlock) {
-      osc.render(out.data() + i, std::min(kMaxBlock, 44100 - i), 60.0f, 1.0f, narrowness);
+      renderNoise(osc, out.data() + i, std::min(kMaxBlock, 44100 - i), 60.0f, 1.0f, narrowness);
     }
     double total = 0.0;
     for (float v : out) total += v * v;
@@ -237,7 +256,7 @@ TEST(NoiseOscillator, PitchesBelowTheLowestBandKeepTheUsualLevel) {
     float peak = 0.0f;
     for (int block = 0; block < 1000; ++block) {
       std::fill(out.begin(), out.end(), 0.0f);
-      osc.render(out.data(), kMaxBlock, block % 20 < 10 ? -80.0f : -30.0f, 1.0f, narrowness);
+      renderNoise(osc, out.data(), kMaxBlock, block % 20 < 10 ? -80.0f : -30.0f, 1.0f, narrowness);
       for (float x : out) peak = std::max(peak, std::fabs(x));
     }
     EXPECT_LT(peak, 4.0f) << narrowness;
@@ -248,7 +267,9 @@ TEST(SubOscillator, ShapesAndPhase) {
   auto render = [](float shape, float gain, int frames, SubOscillator& osc) {
     std::vector<float> out(frames, 0.0f);
     for (int i = 0; i < frames; i += kMaxBlock) {
-      osc.render(out.data() + i, std::min(kMaxBlock, frames - i), 45.0f, gain, shape);
+      const int span = std::min(kMaxBlock, frames - i);
+      osc.aim(span, 45.0f, gain, shape);
+      osc.render(out.data() + i, span);
     }
     return out;
   };
@@ -269,6 +290,40 @@ TEST(SubOscillator, ShapesAndPhase) {
   for (float v : silent) ASSERT_EQ(v, 0.0f);
   const double expected = f * 100 * kMaxBlock;
   EXPECT_NEAR(osc.phase(), expected - std::floor(expected), 1e-6);
+}
+
+// A value drawn from r, lo..hi.
+float uniform(Random& r, float lo, float hi) {
+  return lo + (hi - lo) * static_cast<float>(r.next()) / Random::kMax;
+}
+
+// Spans that play, fall silent (one in four), pass the Nyquist frequency, sync, switch between
+// saw and pulse and jump their gain, cut anywhere: the same samples as whole spans.
+TEST(SawPulseOscillator, SameSamplesWhateverTheSplitOfItsSpans) {
+  SawPulseOscillator osc;
+  osc.setSampleRate(kRate);
+  osc.start(0.3);
+  auto aim = [](SawPulseOscillator& o, int frames, Random& r) {
+    const float pitch = uniform(r, 30.0f, 140.0f);
+    const float gain = r.next() % 4 == 0 ? 0.0f : uniform(r, 0.0f, 1.0f);
+    const int mode = r.next() % 2;
+    const float shape = uniform(r, -1.0f, 1.0f);
+    const double ratio = r.next() % 2 == 0 ? 1.0 : std::pow(2.0, uniform(r, 0.0f, 30.0f) / 12.0);
+    o.aim(frames, pitch, gain, mode, shape, ratio, r.next() % 8 == 0);
+  };
+  EXPECT_EQ(testing::firstSplitDifference(osc, std::vector<float>(64 * kMaxBlock, 0.0f), aim), -1);
+}
+
+TEST(SubOscillator, SameSamplesWhateverTheSplitOfItsSpans) {
+  SubOscillator osc;
+  osc.setSampleRate(kRate);
+  osc.start(0.6);
+  auto aim = [](SubOscillator& o, int frames, Random& r) {
+    const float pitch = uniform(r, 20.0f, 110.0f);
+    const float gain = r.next() % 4 == 0 ? 0.0f : uniform(r, 0.0f, 1.0f);
+    o.aim(frames, pitch, gain, uniform(r, -1.0f, 1.0f));
+  };
+  EXPECT_EQ(testing::firstSplitDifference(osc, std::vector<float>(64 * kMaxBlock, 0.0f), aim), -1);
 }
 
 }  // namespace

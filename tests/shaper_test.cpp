@@ -1,5 +1,6 @@
 // The shaper's fixed latency in every mode and in bypass, its reset, the curves it applies to
-// slow signals, the flat and in-phase wet path for small signals, and its aliasing at high notes.
+// slow signals, the flat and in-phase wet path for small signals, its aliasing at high notes, and
+// the same samples however its aimed spans are cut.
 #include "engine/shaper.h"
 
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 
 #include "engine/dsp.h"
 #include "engine/random.h"
+#include "span_split.h"
 
 namespace ziv {
 namespace {
@@ -23,6 +25,12 @@ std::vector<float> noise(int length, float level) {
   return x;
 }
 
+// One span aimed and shaped whole.
+void shapeSpan(Shaper& shaper, float* buf, int frames, int mode, float drive, float mix) {
+  shaper.aim(frames, mode, drive, mix);
+  shaper.render(buf, frames);
+}
+
 std::vector<float> shape(const std::vector<float>& in, int mode, float drive, float mix) {
   Shaper shaper;
   shaper.setSampleRate(44100.0f);
@@ -30,7 +38,7 @@ std::vector<float> shape(const std::vector<float>& in, int mode, float drive, fl
   std::vector<float> out = in;
   const int length = static_cast<int>(in.size());
   for (int i = 0; i < length; i += kMaxBlock)
-    shaper.render(out.data() + i, std::min(kMaxBlock, length - i), mode, drive, mix);
+    shapeSpan(shaper, out.data() + i, std::min(kMaxBlock, length - i), mode, drive, mix);
   return out;
 }
 
@@ -97,10 +105,10 @@ TEST(Shaper, ResetClearsItsMemory) {
   Shaper shaper;
   shaper.setSampleRate(44100.0f);
   std::vector<float> buf = noise(kMaxBlock, 1.0f);
-  shaper.render(buf.data(), kMaxBlock, kShaperFold, 1.0f, 0.7f);
+  shapeSpan(shaper, buf.data(), kMaxBlock, kShaperFold, 1.0f, 0.7f);
   shaper.reset();
   std::vector<float> silence(kMaxBlock, 0.0f);
-  shaper.render(silence.data(), kMaxBlock, kShaperFold, 1.0f, 0.7f);
+  shapeSpan(shaper, silence.data(), kMaxBlock, kShaperFold, 1.0f, 0.7f);
   for (float v : silence) EXPECT_EQ(v, 0.0f);
 }
 
@@ -204,6 +212,31 @@ TEST(Shaper, HighNotesAliasLittleAtFullDrive) {
       EXPECT_LT(aliasRatioDb(mode, cycles), -40.0) << "mode " << mode << ", " << cycles << " cycles in 41";
     }
   }
+}
+
+// Loud, slow, dying and quiet input through every mode, switched, bypassed and ramped at random,
+// cut anywhere: the same samples as whole spans. The input's level and steps move across the
+// thresholds of the quiet-input paths: full-scale noise; a slow full-scale sine, whose steps
+// narrow at its crests; noise decaying to 1e-9, then silence; bursts of noise over a whisper.
+TEST(Shaper, SameSamplesWhateverTheSplitOfItsSpans) {
+  constexpr int kQuarter = 32 * kMaxBlock;
+  std::vector<float> in = noise(4 * kQuarter, 1.0f);
+  const std::vector<float> slow = sine(kQuarter, 20.0 / 44100.0, 1.0);
+  std::copy(slow.begin(), slow.end(), in.begin() + kQuarter);
+  for (int i = 0; i < kQuarter; ++i) {
+    in[2 * kQuarter + i] *= i < 3 * kQuarter / 4 ? std::pow(1e-9f, i / (0.75f * kQuarter)) : 0.0f;
+    in[3 * kQuarter + i] *= i / kMaxBlock % 8 == 0 ? 0.3f : 1e-6f;
+  }
+  Shaper shaper;
+  shaper.setSampleRate(44100.0f);
+  shaper.reset();
+  auto aim = [](Shaper& s, int frames, Random& r) {
+    const int mode = r.next() % 6 - 1;  // -1 and 4 lie outside the modes
+    const float drive = 1.2f * r.next() / Random::kMax - 0.1f;
+    const float mix = r.next() % 4 == 0 ? 0.0f : static_cast<float>(r.next()) / Random::kMax;
+    s.aim(frames, mode, drive, mix);
+  };
+  EXPECT_EQ(testing::firstSplitDifference(shaper, in, aim), -1);
 }
 
 }  // namespace

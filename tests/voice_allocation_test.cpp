@@ -114,7 +114,7 @@ TEST_F(Allocation, ARepeatedKeyReusesItsOwnVoices) {
   engine.noteOn(62, 0.5f);
   EXPECT_EQ(engine.lastVoice(), 1);
   EXPECT_EQ(voicesPlaying(60), 1);
-  EXPECT_EQ(engine.voice(1).age, 0.0f);
+  EXPECT_EQ(engine.voice(1).age, 0);
   EXPECT_FLOAT_EQ(engine.voice(1).velocity, 0.5f);
 }
 

@@ -138,7 +138,8 @@ TEST(VoiceChain, ChainBoundedUnderJumpingSettings) {
       in.pitch = 127.0f * unit();
       in.filterEnvLevel = unit();
       in.jumpGain = unit() < 0.1f;
-      chain.render(out, kMaxBlock, params.data(), in);
+      chain.aim(kMaxBlock, params.data(), in);
+      chain.render(out, kMaxBlock);
       for (float v : out) {
         ASSERT_TRUE(std::isfinite(v)) << trial << " " << block;
         peak = std::max(peak, std::fabs(v));
@@ -146,8 +147,10 @@ TEST(VoiceChain, ChainBoundedUnderJumpingSettings) {
     }
     VoiceChainInput stop;
     stop.sourcesOn = false;
-    for (int block = 0; block < 2000 && !chain.filtersSilent(); ++block)
-      chain.render(out, kMaxBlock, params.data(), stop);
+    for (int block = 0; block < 2000 && !chain.filtersSilent(); ++block) {
+      chain.aim(kMaxBlock, params.data(), stop);
+      chain.render(out, kMaxBlock);
+    }
     EXPECT_TRUE(chain.filtersSilent()) << trial;
   }
   EXPECT_LE(peak, kBound);

@@ -1,4 +1,5 @@
-// Stereo chorus with slew-limited delay times and Catmull-Rom reads; see chorus.h.
+// Stereo chorus with slew-limited delay times, Catmull-Rom reads and a bypass at mix 0; see
+// chorus.h.
 #include "engine/effects/chorus.h"
 
 #include <algorithm>
@@ -62,6 +63,7 @@ Chorus::Chorus() : leftRing_(ringLength(kMaxRingSampleRate)), rightRing_(ringLen
 void Chorus::setSampleRate(float rate) {
   if (!usableSampleRate(rate)) return;  // keeps the last good rate
   sampleRate_ = rate;
+  idleLimit_ = static_cast<int>(kIdleSeconds * rate);
   leftRing_.setLength(ringLength(rate));
   rightRing_.setLength(ringLength(rate));
   idleSamples_ = 0;
@@ -70,56 +72,106 @@ void Chorus::setSampleRate(float rate) {
 void Chorus::reset() {
   leftRing_.clear();
   rightRing_.clear();
-  leftTime_ = -1.0;
+  started_ = false;
+  remaining_ = 0;
   idleSamples_ = 0;
-  skipping_ = false;
 }
 
-void Chorus::render(float* left, float* right, int frames, const ChorusSettings& settings, bool synthIdle) {
-  if (frames <= 0) return;
-  const double delay = clampUnit(settings.delay);
-  const double depth = clampUnit(settings.depth);
-  const double mix = clampUnit(settings.mix);
-  const double targetDry = std::sqrt(1.0 - mix);
-  const double targetWet = std::sqrt(mix);
-
-  // Idle stop. The target wet gain counts too, so raising the mix wakes a skipping chorus.
-  if (synthIdle && std::max(wet_, targetWet) <= kSilence) {
-    idleSamples_ = std::min(idleSamples_ + frames, static_cast<int>(kIdleSeconds * sampleRate_));
-  } else {
-    idleSamples_ = 0;
-  }
-  skipping_ = idleSamples_ >= static_cast<int>(kIdleSeconds * sampleRate_);
-  if (skipping_) return;
-
+void Chorus::aim(int frames, const ChorusSettings& settings) {
+  frames = std::clamp(frames, 1, kMaxBlock);
   const double rate = sampleRate_;
-  const double lfoHz = std::exp(kRateScale * clampUnit(settings.rate) + kRateOffset);
+  // exp and sqrt run only when their knobs move, so a chorus at rest costs a few comparisons.
+  if (settings.mix != mixInput_) {
+    mixInput_ = settings.mix;
+    const double mix = clampUnit(settings.mix);
+    targetDry_ = std::sqrt(1.0 - mix);
+    targetWet_ = std::sqrt(mix);
+  }
+  if (settings.rate != rateInput_) {
+    rateInput_ = settings.rate;
+    lfoHz_ = std::exp(kRateScale * clampUnit(settings.rate) + kRateOffset);
+  }
+  const double targetDry = targetDry_, targetWet = targetWet_, lfoHz = lfoHz_;
+
+  // The LFO runs on whatever the span does, so its phase depends only on the samples rendered.
+  phase_ -= remaining_ * phaseStep_;
+  phaseStep_ = lfoHz / rate;
   phase_ += frames * lfoHz / rate;
   phase_ -= std::floor(phase_);
+  remaining_ = frames;
+
+  // Nothing reads the rings audibly when the span starts without a wet signal: the times then
+  // take their targets at once instead of slewing from wherever they were.
+  const bool wetSilent = !started_ || wet_ <= kSilence;
+  if (!started_) {
+    dry_ = targetDry;
+    wet_ = targetWet;
+    started_ = true;
+  }
+  bypassed_ = std::max(wet_, targetWet) <= kSilence;
+  if (bypassed_) {
+    dry_ = targetDry;
+    wet_ = targetWet;
+    leftStep_ = rightStep_ = dryStep_ = wetStep_ = 0.0;
+    return;
+  }
+
+  const double delay = clampUnit(settings.delay);
+  const double depth = clampUnit(settings.depth);
   const double x = 2.0 * kPiD * phase_;
   const double sweep = 0.5 * depth * depth;
   const double floorTime = delay * delay;
   const double targetLeft = ((std::sin(x) + 1.0) * sweep + floorTime) * kTimeScale;
   const double targetRight =
       ((std::sin(x + clampUnit(settings.width) * kPiD) + 1.0) * sweep + floorTime) * kTimeScale;
-
-  if (leftTime_ < 0.0) {
+  if (wetSilent) {
     leftTime_ = targetLeft;
     rightTime_ = targetRight;
-    dry_ = targetDry;
-    wet_ = targetWet;
   }
   const double inv = 1.0 / frames;
-  const double leftStep = std::clamp((targetLeft - leftTime_) * inv, -kMaxSlewPerSample, kMaxSlewPerSample);
-  const double rightStep =
-      std::clamp((targetRight - rightTime_) * inv, -kMaxSlewPerSample, kMaxSlewPerSample);
-  const double dryStep = (targetDry - dry_) * inv;
-  const double wetStep = (targetWet - wet_) * inv;
+  leftStep_ = std::clamp((targetLeft - leftTime_) * inv, -kMaxSlewPerSample, kMaxSlewPerSample);
+  rightStep_ = std::clamp((targetRight - rightTime_) * inv, -kMaxSlewPerSample, kMaxSlewPerSample);
+  dryStep_ = (targetDry - dry_) * inv;
+  wetStep_ = (targetWet - wet_) * inv;
+}
 
+void Chorus::render(float* left, float* right, int frames, bool synthIdle) {
+  if (frames <= 0) return;
+  const int ramped = std::min(frames, remaining_);
+  remaining_ -= ramped;
+  if (bypassed_) {
+    feed(left, right, frames, synthIdle);
+    return;
+  }
+  idleSamples_ = 0;
+  process(left, right, ramped);
+  if (ramped < frames) {
+    leftStep_ = rightStep_ = dryStep_ = wetStep_ = 0.0;
+    process(left + ramped, right + ramped, frames - ramped);
+  }
+}
+
+// The idle count advances per sample, so the sample where feeding stops is the same however the
+// span is cut. The samples it leaves out are quiet: the synth was idle through all of them.
+void Chorus::feed(const float* left, const float* right, int frames, bool synthIdle) {
+  int fed = frames;
+  if (synthIdle) {
+    fed = std::clamp(idleLimit_ - idleSamples_, 0, frames);
+    idleSamples_ += fed;
+  } else {
+    idleSamples_ = 0;
+  }
+  leftRing_.write(left, fed);
+  rightRing_.write(right, fed);
+}
+
+void Chorus::process(float* left, float* right, int frames) {
   float* leftRing = leftRing_.samples();
   float* rightRing = rightRing_.samples();
   const int length = leftRing_.length();
+  const double rate = sampleRate_;
   const double maxDelay = length - kInterpolationReach;
+  const double leftStep = leftStep_, rightStep = rightStep_, dryStep = dryStep_, wetStep = wetStep_;
   int write = leftRing_.writePosition();
   double leftTime = leftTime_, rightTime = rightTime_, dry = dry_, wet = wet_;
   for (int i = 0; i < frames; ++i) {

@@ -8,7 +8,7 @@
 namespace ziv {
 namespace {
 
-// A decayed state below this is set to zero at the end of a block, so it never turns denormal.
+// A decayed state below this is set to zero, so it never turns denormal.
 constexpr float kFlushThreshold = 1e-20f;
 
 }  // namespace
@@ -21,6 +21,10 @@ void DcBlocker::reset() {
   x1_ = y1_ = 0.0f;
 }
 
+void DcBlocker::aim() {
+  if (std::fabs(y1_) < kFlushThreshold) y1_ = 0.0f;
+}
+
 void DcBlocker::render(float* buf, int frames) {
   const float pole = pole_;
   float x1 = x1_, y1 = y1_;
@@ -31,7 +35,6 @@ void DcBlocker::render(float* buf, int frames) {
     y1 = y;
     buf[i] = y;
   }
-  if (std::fabs(y1) < kFlushThreshold) y1 = 0.0f;
   x1_ = x1;
   y1_ = y1;
 }

@@ -17,7 +17,11 @@ class DcBlocker {
   void setSampleRate(float rate);
   // Clears the state. Audio thread, or any thread while the engine does not render.
   void reset();
-  // Filters buf[0..frames) in place. Audio thread.
+  // Control, once per control tick: sets a decayed state to zero, so it never turns denormal.
+  // Taken here from the state, not at the end of each render call, so where the host cut its
+  // blocks never changes the output. Audio thread.
+  void aim();
+  // Audio: filters buf[0..frames) in place. Audio thread.
   void render(float* buf, int frames);
   // True when the previous input and output are at most kSilence. Audio thread.
   bool isQuiet() const;

@@ -47,6 +47,7 @@ DelayTimes Delay::times(const DelaySettings& settings) {
 void Delay::setSampleRate(float rate) {
   if (!usableSampleRate(rate)) return;  // keeps the last good rate
   sampleRate_ = rate;
+  tailFrames_ = 0;  // the decay per span changes with the rate
   leftRing_.setLength(ringLength(rate));
   rightRing_.setLength(ringLength(rate));
 }
@@ -55,6 +56,7 @@ void Delay::reset() {
   leftRing_.clear();
   rightRing_.clear();
   leftTime_ = rightTime_ = 0.0f;
+  remaining_ = 0;
   tail_ = 0.0f;
 }
 
@@ -62,40 +64,78 @@ bool Delay::isSilent() const {
   return tail_ <= kSilence;
 }
 
-void Delay::render(float* left, float* right, int frames, const DelaySettings& settings, bool synthIdle) {
-  if (frames <= 0) return;
-  const DelayTimes next = times(settings);
-  const float nextFeedback = std::clamp(settings.feedback, 0.0f, 1.0f) * kMaxFeedback;
-  const float nextSend = std::max(settings.send, 0.0f);
+void Delay::aim(int frames, const DelaySettings& settings) {
+  frames = std::clamp(frames, 1, kMaxBlock);
+  target_ = times(settings);
+  targetFeedback_ = std::clamp(settings.feedback, 0.0f, 1.0f) * kMaxFeedback;
+  targetSend_ = std::max(settings.send, 0.0f);
+  remaining_ = frames;
 
-  const float longest = std::max({next.left, next.right, leftTime_, rightTime_, kMinTailTime});
-  const float feedbackBound = std::max({nextFeedback, feedback_, kMinTailFeedback});
+  const float longest = std::max({target_.left, target_.right, leftTime_, rightTime_, kMinTailTime});
+  const float feedbackBound = std::max({targetFeedback_, feedback_, kMinTailFeedback});
+  // pow runs only when its inputs move, so a delay at rest costs a few comparisons per span.
+  if (longest != tailLongest_ || feedbackBound != tailFeedback_ || frames != tailFrames_) {
+    tailLongest_ = longest;
+    tailFeedback_ = feedbackBound;
+    tailFrames_ = frames;
+    tailGrowth_ = std::pow(feedbackBound, -longest);
+    tailDecay_ = std::pow(feedbackBound, static_cast<float>(frames) / (longest * sampleRate_));
+  }
+  tailRise_ = tailGrowth_ * std::max(send_, targetSend_);
+  tailDecayed_ = false;
+
+  if (leftTime_ <= 0.0f) {
+    // Not yet set: the first samples rendered take the targets at once (see render).
+    leftStep_ = rightStep_ = feedbackStep_ = sendStep_ = 0.0f;
+    return;
+  }
+  const float inv = 1.0f / static_cast<float>(frames);
+  leftStep_ = (target_.left - leftTime_) * inv;
+  rightStep_ = (target_.right - rightTime_) * inv;
+  feedbackStep_ = (targetFeedback_ - feedback_) * inv;
+  sendStep_ = (targetSend_ - send_) * inv;
+}
+
+void Delay::arrive() {
+  leftTime_ = target_.left;
+  rightTime_ = target_.right;
+  feedback_ = targetFeedback_;
+  send_ = targetSend_;
+  leftStep_ = rightStep_ = feedbackStep_ = sendStep_ = 0.0f;
+}
+
+void Delay::render(float* left, float* right, int frames, bool synthIdle) {
+  if (frames <= 0) return;
+  // The tail moves once per span whatever the split: raising is idempotent, and the decay of the
+  // whole span is applied at its first idle call only.
   if (!synthIdle) {
-    tail_ = std::max(tail_, std::pow(feedbackBound, -longest) * std::max(send_, nextSend));
-  } else if (tail_ > 0.0f) {
-    tail_ *= std::pow(feedbackBound, static_cast<float>(frames) / (longest * sampleRate_));
+    tail_ = std::max(tail_, tailRise_);
+  } else if (!tailDecayed_) {
+    tailDecayed_ = true;
+    tail_ *= tailDecay_;
     // Below the threshold the estimate no longer matters (sound returning raises it above any
     // value this small), so it settles at zero and an idle delay needs no further arithmetic.
     if (tail_ <= kSilence) tail_ = 0.0f;
   }
   if (tail_ <= kSilence) return;
 
-  if (leftTime_ <= 0.0f) {
-    leftTime_ = next.left;
-    rightTime_ = next.right;
-    feedback_ = nextFeedback;
-    send_ = nextSend;
+  if (leftTime_ <= 0.0f) arrive();
+  const int ramped = std::min(frames, remaining_);
+  remaining_ -= ramped;
+  process(left, right, ramped);
+  if (remaining_ == 0) {
+    arrive();
+    process(left + ramped, right + ramped, frames - ramped);
   }
-  const float inv = 1.0f / static_cast<float>(frames);
-  const float leftStep = (next.left - leftTime_) * inv;
-  const float rightStep = (next.right - rightTime_) * inv;
-  const float feedbackStep = (nextFeedback - feedback_) * inv;
-  const float sendStep = (nextSend - send_) * inv;
+}
 
+void Delay::process(float* left, float* right, int frames) {
   float* leftRing = leftRing_.samples();
   float* rightRing = rightRing_.samples();
   const int length = leftRing_.length();
   const float rate = sampleRate_;
+  const float leftStep = leftStep_, rightStep = rightStep_, feedbackStep = feedbackStep_,
+              sendStep = sendStep_;
   int write = leftRing_.writePosition();
   float leftTime = leftTime_, rightTime = rightTime_, feedback = feedback_, send = send_;
   for (int i = 0; i < frames; ++i) {
@@ -120,10 +160,10 @@ void Delay::render(float* left, float* right, int frames, const DelaySettings& s
   }
   leftRing_.setWritePosition(write);
   rightRing_.setWritePosition(write);
-  leftTime_ = next.left;
-  rightTime_ = next.right;
-  feedback_ = nextFeedback;
-  send_ = nextSend;
+  leftTime_ = leftTime;
+  rightTime_ = rightTime;
+  feedback_ = feedback;
+  send_ = send;
 }
 
 }  // namespace ziv

@@ -33,6 +33,19 @@ class DelayRing {
     write_ = 0;
   }
 
+  // Appends `count` samples at the write position, which advances past them. Real-time safe;
+  // the owner's thread.
+  void write(const float* samples, int count) {
+    while (count > 0) {
+      const int run = std::min(count, length_ - write_);
+      std::copy(samples, samples + run, data_.begin() + write_);
+      samples += run;
+      count -= run;
+      write_ += run;
+      if (write_ == length_) write_ = 0;
+    }
+  }
+
   int length() const { return length_; }
   float* samples() { return data_.data(); }
   // Index of the slot the next sample goes into; the owner copies it to a local in its sample

@@ -61,18 +61,22 @@ void Limiter::clearState() {
   dirty_ = false;
 }
 
-void Limiter::render(float* left, float* right, int frames, bool on, bool chainIdle) {
-  if (!on || lookAhead_ == 0) {
-    if (dirty_ || hold_ != 0.0f) clearState();
-    return;
-  }
-  if (!chainIdle) {
-    idleSamples_ = 0;
-  } else if (idleSamples_ >= kRingSize) {
-    return;  // flushed: skipped until sound returns
-  } else {
+void Limiter::aim(bool on) {
+  on_ = on && lookAhead_ > 0;
+  if (!on_ && (dirty_ || hold_ != 0.0f)) clearState();
+}
+
+void Limiter::render(float* left, float* right, int frames, bool chainIdle) {
+  if (!on_ || frames <= 0) return;
+  // Idle, it runs on only until kRingSize samples have flushed its delay; the rest of the call
+  // passes unchanged (quiet input, as the chain is idle).
+  if (chainIdle) {
+    frames = std::clamp(kRingSize - idleSamples_, 0, frames);
     idleSamples_ += frames;
+  } else {
+    idleSamples_ = 0;
   }
+  if (frames == 0) return;
   dirty_ = true;
 
   const float release = release_;

@@ -12,7 +12,8 @@
 // Off: no delay and no gain change; the delay rings are cleared, so switching it on during
 // playback starts with L samples of silence and switching it off discards the L samples in
 // flight. Idle: while the chain is idle the limiter runs 64 more samples to flush its delay,
-// then is skipped until sound returns.
+// then is skipped until sound returns; the samples are counted one by one, so where the host cut
+// its blocks never moves that point.
 #pragma once
 
 #include <array>
@@ -35,9 +36,12 @@ class Limiter {
   // Clears the rings, hold and idle count. Audio thread, or any thread while the engine does
   // not render.
   void reset();
-  // Processes 1..kMaxBlock frames of both channels in place. on: "MASTER: Limiter" is on;
-  // chainIdle: the chain before the limiter is idle this block. Audio thread.
-  void render(float* left, float* right, int frames, bool on, bool chainIdle);
+  // Control, once per control tick: on is "MASTER: Limiter"; switching off discards the samples
+  // in flight. Audio thread.
+  void aim(bool on);
+  // Audio: processes 1..kMaxBlock frames of both channels in place. chainIdle: the chain before
+  // the limiter is idle in these samples. Audio thread.
+  void render(float* left, float* right, int frames, bool chainIdle);
 
  private:
   void clearState();
@@ -47,6 +51,7 @@ class Limiter {
   float hold_ = 0.0f;
   int position_ = 0;
   int idleSamples_ = 0;
+  bool on_ = false;
   bool dirty_ = false;  // the rings hold samples
   std::array<float, kMaxLookAhead> weights_{};
   std::array<float, kRingSize> delayedLeft_{};

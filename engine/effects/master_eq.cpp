@@ -46,16 +46,30 @@ bool MasterEq::isSilent() const {
   return lowLeft_.isSilent() && lowRight_.isSilent() && highLeft_.isSilent() && highRight_.isSilent();
 }
 
-void MasterEq::render(float* left, float* right, int frames, const MasterEqSettings& settings) {
-  const float lowHz = lowShelfFrequency(settings.freqLow);
-  const float highHz = highShelfFrequency(settings.freqHigh);
-  const float lowFactor = shelfFactor(settings.gainLow);
-  const float highFactor = shelfFactor(settings.gainHigh);
-  const float gain = masterGain(settings.gain);
-  lowLeft_.render(left, frames, FilterElement::kLowShelf, lowHz, kShelfQ, 1.0f, lowFactor);
-  lowRight_.render(right, frames, FilterElement::kLowShelf, lowHz, kShelfQ, 1.0f, lowFactor);
-  highLeft_.render(left, frames, FilterElement::kHighShelf, highHz, kShelfQ, gain, highFactor);
-  highRight_.render(right, frames, FilterElement::kHighShelf, highHz, kShelfQ, gain, highFactor);
+void MasterEq::aim(int frames, const MasterEqSettings& settings) {
+  // exp and pow run only when a knob moves, so an EQ at rest costs a few comparisons per span.
+  const MasterEqSettings& last = lastSettings_;
+  if (settings.freqLow != last.freqLow || settings.freqHigh != last.freqHigh ||
+      settings.gainLow != last.gainLow || settings.gainHigh != last.gainHigh || settings.gain != last.gain) {
+    lastSettings_ = settings;
+    aimed_.lowHz = lowShelfFrequency(settings.freqLow);
+    aimed_.highHz = highShelfFrequency(settings.freqHigh);
+    aimed_.lowFactor = shelfFactor(settings.gainLow);
+    aimed_.highFactor = shelfFactor(settings.gainHigh);
+    aimed_.gain = masterGain(settings.gain);
+  }
+  const Shelves& s = aimed_;
+  lowLeft_.aim(frames, FilterElement::kLowShelf, s.lowHz, kShelfQ, 1.0f, s.lowFactor);
+  lowRight_.aim(frames, FilterElement::kLowShelf, s.lowHz, kShelfQ, 1.0f, s.lowFactor);
+  highLeft_.aim(frames, FilterElement::kHighShelf, s.highHz, kShelfQ, s.gain, s.highFactor);
+  highRight_.aim(frames, FilterElement::kHighShelf, s.highHz, kShelfQ, s.gain, s.highFactor);
+}
+
+void MasterEq::render(float* left, float* right, int frames) {
+  lowLeft_.render(left, frames);
+  lowRight_.render(right, frames);
+  highLeft_.render(left, frames);
+  highRight_.render(right, frames);
 }
 
 }  // namespace ziv

@@ -46,11 +46,43 @@ void MixChain::reset() {
   chainIdle_ = false;
 }
 
-void MixChain::render(const Parameter* params, float* left, float* right, int frames, double tempoBpm,
-                      bool voicesSounded) {
+void MixChain::aim(int frames, const Parameter* params, double tempoBpm) {
+  dcLeft_.aim();
+  dcRight_.aim();
+
+  ChorusSettings chorus;
+  chorus.delay = params[kChorusDelay].globalValue;
+  chorus.rate = params[kChorusRate].globalValue;
+  chorus.depth = params[kChorusDepth].globalValue;
+  chorus.width = params[kChorusWidth].globalValue;
+  chorus.mix = params[kChorusMix].globalValue;
+  chorus_.aim(frames, chorus);
+
+  const Parameter& sync = params[kDelaySync];
+  DelaySettings delay;
+  delay.steps = params[kDelayTime].globalStepped();
+  delay.synced = sync.stepped(sync.baseValue()) == 1;
+  delay.tempoBpm = tempoBpm;
+  delay.width = params[kDelayWidth].globalPhysical();
+  delay.feedback = params[kDelayFeedback].globalPhysical();
+  delay.send = params[kDelaySend].globalPhysical();
+  delay_.aim(frames, delay);
+
+  MasterEqSettings eq;
+  eq.freqLow = params[kMasterEqFreqLow].globalValue;
+  eq.freqHigh = params[kMasterEqFreqHigh].globalValue;
+  eq.gainLow = params[kMasterEqGainLow].globalPhysical();
+  eq.gainHigh = params[kMasterEqGainHigh].globalPhysical();
+  eq.gain = params[kMasterGain].globalValue;
+  eq_.aim(frames, eq);
+
+  limiter_.aim(params[kMasterLimiter].globalStepped() == 1);
+}
+
+void MixChain::render(float* left, float* right, int frames, bool voicesSounded) {
   if (frames <= 0) return;
   // While the buffers are known to hold only zeros, a unit at rest can be passed over: its
-  // output would be exactly zero too. That makes an idle chain cost a few tests per block.
+  // output would be exactly zero too. That makes an idle chain cost a few tests per call.
   bool zeros = !voicesSounded;
   if (!zeros) {
     replaceNonFinite(left, frames);
@@ -64,38 +96,16 @@ void MixChain::render(const Parameter* params, float* left, float* right, int fr
   }
   const bool voicesIdle = !voicesSounded && dcLeft_.isQuiet() && dcRight_.isQuiet();
 
-  ChorusSettings chorus;
-  chorus.delay = params[kChorusDelay].globalValue;
-  chorus.rate = params[kChorusRate].globalValue;
-  chorus.depth = params[kChorusDepth].globalValue;
-  chorus.width = params[kChorusWidth].globalValue;
-  chorus.mix = params[kChorusMix].globalValue;
-  chorus_.render(left, right, frames, chorus, voicesIdle);
-  zeros = zeros && chorus_.skipping();
+  chorus_.render(left, right, frames, voicesIdle);
+  zeros = zeros && chorus_.bypassed();
   const bool synthIdle = voicesIdle && (zeros || blockIsQuiet(left, right, frames));
 
-  const Parameter& sync = params[kDelaySync];
-  DelaySettings delay;
-  delay.steps = params[kDelayTime].globalStepped();
-  delay.synced = sync.stepped(sync.baseValue()) == 1;
-  delay.tempoBpm = tempoBpm;
-  delay.width = params[kDelayWidth].globalPhysical();
-  delay.feedback = params[kDelayFeedback].globalPhysical();
-  delay.send = params[kDelaySend].globalPhysical();
-  delay_.render(left, right, frames, delay, synthIdle);
+  delay_.render(left, right, frames, synthIdle);
 
   chainIdle_ = synthIdle && delay_.isSilent() && eq_.isSilent();
-  if (!chainIdle_) {
-    MasterEqSettings eq;
-    eq.freqLow = params[kMasterEqFreqLow].globalValue;
-    eq.freqHigh = params[kMasterEqFreqHigh].globalValue;
-    eq.gainLow = params[kMasterEqGainLow].globalPhysical();
-    eq.gainHigh = params[kMasterEqGainHigh].globalPhysical();
-    eq.gain = params[kMasterGain].globalValue;
-    eq_.render(left, right, frames, eq);
-  }
+  if (!chainIdle_) eq_.render(left, right, frames);
 
-  limiter_.render(left, right, frames, params[kMasterLimiter].globalStepped() == 1, chainIdle_);
+  limiter_.render(left, right, frames, chainIdle_);
 }
 
 }  // namespace ziv

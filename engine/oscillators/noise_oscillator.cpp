@@ -56,23 +56,13 @@ void NoiseOscillator::start(int seed) {
   position_ = static_cast<unsigned>(seed) & kPositionMask;
   filter_.reset();
   lastGain_ = 0.0f;
+  silent_ = true;
 }
 
-void NoiseOscillator::render(float* out, int frames, float pitch, float gain, float narrowness) {
-  if (frames <= 0) return;
-  if (gain < kSilence && lastGain_ < kSilence && filter_.isSilent()) {
-    // Nothing sounds: only the read position moves on.
-    position_ = (position_ + static_cast<unsigned>(frames)) & kPositionMask;
-    return;
-  }
+void NoiseOscillator::aim(int frames, float pitch, float gain, float narrowness) {
+  silent_ = gain < kSilence && lastGain_ < kSilence && filter_.isSilent();
+  if (silent_) return;
   lastGain_ = gain;
-
-  unsigned position = position_;
-  for (int i = 0; i < frames; ++i) {
-    buffer_[i] = table_[position];
-    position = (position + 1) & kPositionMask;
-  }
-  position_ = position;
 
   const float b = std::clamp(narrowness, 0.0f, 1.0f);
   const float c = std::clamp(2.0f * b - kNarrowStart, 0.0f, 1.0f);
@@ -81,14 +71,34 @@ void NoiseOscillator::render(float* out, int frames, float pitch, float gain, fl
   // frequency nor below where it still is while it slews down. Lifting for the pitch asked for
   // instead (modulation reaches far below note 0, and jumps) multiplies a band that is wider
   // than the lift assumes by hundreds.
-  const float bandHz = std::max({pitchToHz(pitch), FilterElement::kMinFrequency, filter_.frequencyHz()});
+  const float noteHz = pitchToHz(pitch);
+  const float bandHz = std::max({noteHz, FilterElement::kMinFrequency, filter_.frequencyHz()});
   const float level =
       std::pow(0.5f, hzToPitch(bandHz) / kLevelOctaves) * smooth * kLevelLift + (1.0f - smooth);
   const float b2 = b * b;
   const float q = std::max(kMaxQ * b2 * b2, kMinQ);
   const float outputGain = level * gain * (kNarrowLift * b2 * b + 1.0f);
-  filter_.render(buffer_, frames, FilterElement::kBandPass, pitchToHz(pitch), q, outputGain);
-  for (int i = 0; i < frames; ++i) out[i] += buffer_[i];
+  filter_.aim(frames, FilterElement::kBandPass, noteHz, q, outputGain);
+}
+
+void NoiseOscillator::render(float* out, int frames) {
+  if (frames <= 0) return;
+  if (silent_) {
+    // Nothing sounds: only the read position moves on.
+    position_ = (position_ + static_cast<unsigned>(frames)) & kPositionMask;
+    return;
+  }
+  for (int start = 0; start < frames; start += kMaxBlock) {
+    const int n = std::min(kMaxBlock, frames - start);
+    unsigned position = position_;
+    for (int i = 0; i < n; ++i) {
+      buffer_[i] = table_[position];
+      position = (position + 1) & kPositionMask;
+    }
+    position_ = position;
+    filter_.render(buffer_, n);
+    for (int i = 0; i < n; ++i) out[start + i] += buffer_[i];
+  }
 }
 
 }  // namespace ziv

@@ -26,7 +26,7 @@ inline double pitchToCycles(float pitch, float sampleRate) {
 }
 
 // pitchToCycles with its last arguments and result kept, so that pow runs only when the pitch or
-// the rate moves: a source asks for its previous block's pitch and its new one every block.
+// the rate moves: a source asks for its pitch at every aim, and it mostly holds still.
 class CyclesCache {
  public:
   double cycles(float pitch, float sampleRate) {

@@ -25,19 +25,30 @@ double frac(double x) {
 
 SawPulseOscillator::SawPulseOscillator() : table_(&BlepTable::instance()) {}
 
+void SawPulseOscillator::setSampleRate(float rate) {
+  const double scale = static_cast<double>(sampleRate_) / rate;
+  value_.frequency *= scale;
+  step_.frequency *= scale;
+  target_.frequency *= scale;
+  sampleRate_ = rate;
+}
+
 void SawPulseOscillator::start(double phase) {
   masterPhase_ = frac(phase);
   started_ = false;
   needsReset_ = false;
   std::fill(std::begin(correction_), std::end(correction_), 0.0f);
   correctionIndex_ = 0;
+  spanLeft_ = 0;
+  spanLength_ = 0;
+  silent_ = true;
 }
 
 // The second saw's jump is still ahead in this slave cycle unless slave phase plus offset
 // already passed 1.
 void SawPulseOscillator::resetEdge() {
-  offsetCycle_ = std::floor(offset_);
-  edgePending_ = !(frac(offset_) + slavePhase_ > 1.0);
+  offsetCycle_ = std::floor(value_.offset);
+  edgePending_ = !(frac(value_.offset) + slavePhase_ > 1.0);
 }
 
 void SawPulseOscillator::addStep(double height, double samplesAgo) {
@@ -56,102 +67,124 @@ void SawPulseOscillator::addStep(double height, double samplesAgo) {
   for (int k = first; k < kRingSize; ++k) correction_[k - first] += h0 * row0[k] + h1 * row1[k];
 }
 
-void SawPulseOscillator::render(float* out, int frames, float pitch, float gain, int mode, float shape,
-                                double ratio, bool jumpGain) {
+void SawPulseOscillator::aim(int frames, float pitch, float gain, int mode, float shape, double ratio,
+                             bool jumpGain) {
   if (frames <= 0) return;
   const bool pulse = mode == kPulse;
-  const double o1 = kShapeSpan * shape + (pulse ? kPulseCentre : 0.0);
-  const double s1 = pulse ? -1.0 : 1.0;
-  double g1 = gain;
-  const double r1 = ratio;
-
-  if (!started_) {
-    started_ = true;
-    ratio_ = r1;
-    slavePhase_ = frac(r1 * masterPhase_);
-    pitch_ = pitch;
-    offset_ = o1;
-    polarity_ = s1;
-    gain_ = g1;
-    resetEdge();
-  }
-
-  const double r0 = ratio_;
-  double f0 = cyclesCache_.cycles(pitch_, sampleRate_);
-  double f1 = pitch == pitch_ ? f0 : cyclesCache_.cycles(pitch, sampleRate_);
-  double g0 = gain_;
-  // Fade instead of aliasing once the synced saw would pass Nyquist.
-  if (r0 * f0 > kNyquist) {
-    f0 = kNyquist / r0;
-    g0 = 0.0;
-  }
-  if (r1 * f1 > kNyquist) {
-    f1 = kNyquist / r1;
-    g1 = 0.0;
-  }
-  if (jumpGain) g0 = g1;
-
-  if (g0 < kSilence && g1 < kSilence) {
-    // Silent: keep the phases running so the next audible block continues where it would be.
-    ratio_ = r1;
-    masterPhase_ = frac(masterPhase_ + frames * (f0 + f1) * 0.5);
-    slavePhase_ = frac(masterPhase_ * r1);
-    pitch_ = pitch;
-    offset_ = o1;
-    polarity_ = s1;
-    gain_ = g1;
-    needsReset_ = true;
-    return;
-  }
-
-  if (needsReset_) {
-    // Audible again: refill the ring from 10 samples at the previous settings, then play.
-    needsReset_ = false;
-    std::fill(std::begin(correction_), std::end(correction_), 0.0f);
-    correctionIndex_ = 0;
-    resetEdge();
-    float scratch[kPrimeSamples] = {};
-    const Ramp hold{f0, 0.0, r0, 0.0, offset_, 0.0, polarity_, 0.0, 0.0, 0.0};
-    runDispatch(scratch, kPrimeSamples, hold);
-  }
-
-  const double inv = 1.0 / frames;
-  const Ramp ramp{f0,        (f1 - f0) * inv,        r0, (r1 - r0) * inv, offset_, (o1 - offset_) * inv,
-                  polarity_, (s1 - polarity_) * inv, g0, (g1 - g0) * inv};
-  runDispatch(out, frames, ramp);
-
-  ratio_ = r1;
-  pitch_ = pitch;
-  offset_ = o1;
-  polarity_ = s1;
-  gain_ = g1;
+  const Ramped to{cyclesCache_.cycles(pitch, sampleRate_), ratio,
+                  kShapeSpan * shape + (pulse ? kPulseCentre : 0.0), pulse ? -1.0 : 1.0, gain};
+  aimAt(frames, to, jumpGain);
 }
 
-void SawPulseOscillator::runDispatch(float* out, int frames, const Ramp& ramp) {
+void SawPulseOscillator::aimAt(int frames, Ramped to, bool jumpGain) {
+  settle();
+  if (!started_) {
+    started_ = true;
+    value_ = to;
+    slavePhase_ = frac(to.ratio * masterPhase_);
+    resetEdge();
+  }
+  Ramped from = value_;
+  // Fade instead of aliasing once the synced saw would pass Nyquist.
+  if (from.ratio * from.frequency > kNyquist) {
+    from.frequency = kNyquist / from.ratio;
+    from.gain = 0.0;
+  }
+  if (to.ratio * to.frequency > kNyquist) {
+    to.frequency = kNyquist / to.ratio;
+    to.gain = 0.0;
+  }
+  if (jumpGain) from.gain = to.gain;
+
+  silent_ = from.gain < kSilence && to.gain < kSilence;
+  if (silent_) {
+    needsReset_ = true;
+  } else if (needsReset_) {
+    prime(from);
+  }
+  const double inv = 1.0 / frames;
+  value_ = from;
+  step_ = {(to.frequency - from.frequency) * inv, (to.ratio - from.ratio) * inv,
+           (to.offset - from.offset) * inv, (to.polarity - from.polarity) * inv, (to.gain - from.gain) * inv};
+  target_ = to;
+  spanLeft_ = frames;
+  spanLength_ = frames;
   // At ratio 1 throughout, every master wrap meets a slave wrap and the sync changes nothing:
   // the loop without the master is used.
-  if (ramp.ratio == 1.0 && ramp.dRatio == 0.0) {
-    run<false>(out, frames, ramp);
+  synced_ = !(from.ratio == 1.0 && step_.ratio == 0.0);
+}
+
+// Audible again after silence: the ring is refilled from kPrimeSamples discarded samples at the
+// span's start settings, which advance the phases by as many samples.
+void SawPulseOscillator::prime(const Ramped& from) {
+  needsReset_ = false;
+  std::fill(std::begin(correction_), std::end(correction_), 0.0f);
+  correctionIndex_ = 0;
+  value_ = from;
+  value_.gain = 0.0;
+  step_ = {};
+  resetEdge();
+  float scratch[kPrimeSamples] = {};
+  play(scratch, kPrimeSamples, from.ratio != 1.0);
+}
+
+// A silent span renders nothing: its phases and values follow from where it started and the
+// frames consumed, computed here (at an aim and at the span's end) rather than summed per
+// render call, so the split of the span cannot change them. At a span's end the values are
+// exactly its targets.
+void SawPulseOscillator::settle() {
+  const int left = spanLeft_;
+  if (silent_) {
+    const Ramped now{target_.frequency - left * step_.frequency, target_.ratio - left * step_.ratio,
+                     target_.offset - left * step_.offset, target_.polarity - left * step_.polarity,
+                     target_.gain - left * step_.gain};
+    masterPhase_ = frac(masterPhase_ + (spanLength_ - left) * (value_.frequency + now.frequency) * 0.5);
+    slavePhase_ = frac(masterPhase_ * now.ratio);
+    value_ = now;
+    spanLength_ = left;
+  } else if (left == 0) {
+    value_ = target_;
+  }
+}
+
+void SawPulseOscillator::render(float* out, int frames) {
+  while (frames > 0) {
+    // Past the aimed span: a span that holds its targets.
+    if (spanLeft_ == 0) aimAt(kMaxBlock, target_, false);
+    const int n = std::min(frames, spanLeft_);
+    if (!silent_) play(out, n, synced_);
+    spanLeft_ -= n;
+    if (spanLeft_ == 0) settle();
+    out += n;
+    frames -= n;
+  }
+}
+
+void SawPulseOscillator::play(float* out, int frames, bool synced) {
+  if (synced) {
+    run<true>(out, frames);
   } else {
-    run<true>(out, frames, ramp);
+    run<false>(out, frames);
   }
 }
 
 template <bool kSync>
-void SawPulseOscillator::run(float* out, int frames, const Ramp& ramp) {
+void SawPulseOscillator::run(float* out, int frames) {
   const double dcPerStep = table_->dcPerStep();
-  double f = ramp.frequency, r = ramp.ratio, o = ramp.offset, polarity = ramp.polarity, gain = ramp.gain;
-  const double dO = ramp.dOffset;
+  double f = value_.frequency, r = value_.ratio, o = value_.offset, polarity = value_.polarity,
+         gain = value_.gain;
+  const double dF = step_.frequency, dR = step_.ratio, dO = step_.offset, dPolarity = step_.polarity;
+  const double dGain = step_.gain;
   double master = masterPhase_, slave = slavePhase_;
   bool edgePending = edgePending_;
   double offsetCycle = offsetCycle_;
 
   for (int i = 0; i < frames; ++i) {
-    f += ramp.dFrequency;
-    r += ramp.dRatio;
+    f += dF;
+    r += dR;
     o += dO;
-    polarity += ramp.dPolarity;
-    gain += ramp.dGain;
+    polarity += dPolarity;
+    gain += dGain;
     const double slaveInc = r * f;
     if constexpr (kSync) master += f;
     slave += slaveInc;
@@ -211,6 +244,7 @@ void SawPulseOscillator::run(float* out, int frames, const Ramp& ramp) {
   }
 
   // Without sync (ratio 1 throughout) the master is the slave.
+  value_ = {f, r, o, polarity, gain};
   masterPhase_ = kSync ? master : slave;
   slavePhase_ = slave;
   edgePending_ = edgePending;

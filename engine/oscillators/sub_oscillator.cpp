@@ -1,6 +1,7 @@
 // Cubic Hermite sub oscillator; see sub_oscillator.h.
 #include "engine/oscillators/sub_oscillator.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/dsp.h"
@@ -9,68 +10,110 @@
 namespace ziv {
 namespace {
 
-constexpr int kSegments = 4;  // quarter cycles
-constexpr float kPoints[kSegments] = {0.0f, 1.0f, 0.0f, -1.0f};
+constexpr float kPoints[] = {0.0f, 1.0f, 0.0f, -1.0f};
 
 }  // namespace
+
+void SubOscillator::setSampleRate(float rate) {
+  const double scale = static_cast<double>(sampleRate_) / rate;
+  frequency_ *= scale;
+  dFrequency_ *= scale;
+  targetFrequency_ *= scale;
+  sampleRate_ = rate;
+}
 
 void SubOscillator::start(double phase) {
   phase_ = phase - std::floor(phase);
   started_ = false;
+  spanLeft_ = 0;
+  spanLength_ = 0;
+  silent_ = true;
 }
 
-void SubOscillator::render(float* out, int frames, float pitch, float gain, float shape) {
+void SubOscillator::aim(int frames, float pitch, float gain, float shape) {
   if (frames <= 0) return;
+  if (!(shape == shape_)) {
+    shape_ = shape;
+    const float tangent = kTwoPi * shape;
+    for (int s = 0; s < kSegments; ++s) {
+      const float p0 = kPoints[s];
+      const float p1 = kPoints[(s + 1) & (kSegments - 1)];
+      const float m0 = tangent * p1;
+      const float m1 = tangent * kPoints[(s + 2) & (kSegments - 1)];
+      cubic_[s][0] = p0;
+      cubic_[s][1] = m0;
+      cubic_[s][2] = 3.0f * p1 - 3.0f * p0 - 2.0f * m0 - m1;
+      cubic_[s][3] = 2.0f * p0 - 2.0f * p1 + m0 + m1;
+    }
+  }
+  aimAt(frames, cyclesCache_.cycles(pitch, sampleRate_), gain);
+}
+
+void SubOscillator::aimAt(int frames, double frequency, double gain) {
+  settle();
   if (!started_) {
     started_ = true;
-    pitch_ = pitch;
+    frequency_ = frequency;
     gain_ = gain;
   }
-  const double f0 = cyclesCache_.cycles(pitch_, sampleRate_);
-  const double f1 = pitch == pitch_ ? f0 : cyclesCache_.cycles(pitch, sampleRate_);
   const double inv = 1.0 / frames;
-  const double dF = (f1 - f0) * inv;
-  const double g0 = gain_;
-  const double dG = (gain - g0) * inv;
-  pitch_ = pitch;
-  shape_ = shape;
-  gain_ = gain;
+  dFrequency_ = (frequency - frequency_) * inv;
+  dGain_ = (gain - gain_) * inv;
+  targetFrequency_ = frequency;
+  targetGain_ = gain;
+  spanLeft_ = frames;
+  spanLength_ = frames;
+  silent_ = gain_ < kSilence && gain < kSilence;
+}
 
-  if (g0 < kSilence && gain < kSilence) {
-    phase_ += frames * (f0 + f1) * 0.5;
-    phase_ -= std::floor(phase_);
-    return;
+// A silent span renders nothing: its phase and values follow from where it started and the
+// frames consumed, computed here (at an aim and at the span's end) rather than summed per
+// render call, so the split of the span cannot change them. At a span's end the values are
+// exactly its targets, and the phase is wrapped into 0..1.
+void SubOscillator::settle() {
+  const int left = spanLeft_;
+  if (silent_) {
+    const double frequency = targetFrequency_ - left * dFrequency_;
+    phase_ += (spanLength_ - left) * (frequency_ + frequency) * 0.5;
+    frequency_ = frequency;
+    gain_ = targetGain_ - left * dGain_;
+    spanLength_ = left;
+  } else if (left == 0) {
+    frequency_ = targetFrequency_;
+    gain_ = targetGain_;
   }
+  phase_ -= std::floor(phase_);
+}
 
-  // The cubic of each quarter cycle, y = c0 + c1 t + c2 t^2 + c3 t^3, depends on the shape
-  // only: worked out once per block.
-  const float tangent = kTwoPi * shape;
-  float cubic[kSegments][4];
-  for (int s = 0; s < kSegments; ++s) {
-    const float p0 = kPoints[s];
-    const float p1 = kPoints[(s + 1) & (kSegments - 1)];
-    const float m0 = tangent * p1;
-    const float m1 = tangent * kPoints[(s + 2) & (kSegments - 1)];
-    cubic[s][0] = p0;
-    cubic[s][1] = m0;
-    cubic[s][2] = 3.0f * p1 - 3.0f * p0 - 2.0f * m0 - m1;
-    cubic[s][3] = 2.0f * p0 - 2.0f * p1 + m0 + m1;
+void SubOscillator::render(float* out, int frames) {
+  while (frames > 0) {
+    // Past the aimed span: a span that holds its targets.
+    if (spanLeft_ == 0) aimAt(kMaxBlock, targetFrequency_, targetGain_);
+    const int n = std::min(frames, spanLeft_);
+    if (!silent_) {
+      double phase = phase_, f = frequency_, g = gain_;
+      const double dF = dFrequency_, dG = dGain_;
+      for (int i = 0; i < n; ++i) {
+        // The phase is never negative, so truncation is the floor (and far cheaper than floorf).
+        const float x = kSegments * static_cast<float>(phase);
+        const int segment = static_cast<int>(x);
+        const float t = x - static_cast<float>(segment);
+        const float* c = cubic_[segment & (kSegments - 1)];
+        const float y = c[0] + t * (c[1] + t * (c[2] + t * c[3]));
+        out[i] += static_cast<float>(g * y);
+        g += dG;
+        f += dF;
+        phase += f;
+      }
+      phase_ = phase;
+      frequency_ = f;
+      gain_ = g;
+    }
+    spanLeft_ -= n;
+    if (spanLeft_ == 0) settle();
+    out += n;
+    frames -= n;
   }
-
-  double phase = phase_, f = f0, g = g0;
-  for (int i = 0; i < frames; ++i) {
-    // The phase is never negative, so truncation is the floor (and far cheaper than floorf).
-    const float x = kSegments * static_cast<float>(phase);
-    const int segment = static_cast<int>(x);
-    const float t = x - static_cast<float>(segment);
-    const float* c = cubic[segment & (kSegments - 1)];
-    const float y = c[0] + t * (c[1] + t * (c[2] + t * c[3]));
-    out[i] += static_cast<float>(g * y);
-    g += dG;
-    f += dF;
-    phase += f;
-  }
-  phase_ = phase - std::floor(phase);
 }
 
 }  // namespace ziv
