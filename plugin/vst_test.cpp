@@ -447,13 +447,13 @@ void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 f
   synth.setSampleRate(rate);
   const int n = frames > 0 ? frames : 0;
 
-  // Song position: the host's when it moves; when it stands still (stopped transport, or a
-  // host that does not report it), advance by the tempo so synced modulation keeps running.
-  // A tempo outside kMinTempo..kMaxTempo (zero, NaN, infinite) keeps the last usable one, and
-  // a position that is not finite or beyond kMaxSongPosition counts as not reported: either
-  // would reach the synced LFO and delay as a NaN or an out-of-range phase.
-  const double previousPpq = blockPpq_;
-  double position = previousPpq;
+  // Song position at the block's first frame: the host's when it moves; when it stands still
+  // (stopped transport, or a host that does not report it), where the last block ended, so
+  // synced modulation keeps running. A tempo outside kMinTempo..kMaxTempo (zero, NaN,
+  // infinite) keeps the last usable one, and a position that is not finite or beyond
+  // kMaxSongPosition counts as not reported: either would reach the synced LFO and delay as a
+  // NaN or an out-of-range phase.
+  double blockStart = blockPpq_;
   const vst2::VstTimeInfo* time = getTimeInfo(vst2::kVstPpqPosValid | vst2::kVstTempoValid);
   if (time != nullptr && (time->flags & vst2::kVstTempoValid) != 0 && time->tempo >= kMinTempo &&
       time->tempo <= kMaxTempo) {
@@ -462,12 +462,12 @@ void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 f
   const double tempo = tempo_;
   const bool hostPpq = time != nullptr && (time->flags & vst2::kVstPpqPosValid) != 0 &&
                        std::fabs(time->ppqPos) <= kMaxSongPosition;
-  if (hostPpq && time->ppqPos != lastHostPpq_) {
-    lastHostPpq_ = position = time->ppqPos;
-  } else {
-    position = previousPpq + tempo / 60.0 * n / rate;
-  }
-  blockPpq_ = position;
+  if (hostPpq && time->ppqPos != lastHostPpq_) lastHostPpq_ = blockStart = time->ppqPos;
+  // Every frame's position runs on from the block's start at the tempo. The host reports where
+  // its block starts; taking that for where the block ends would make synced modulation lag by
+  // one block, a lag that changes with the host's block size.
+  const double beatsPerFrame = tempo / 60.0 / rate;
+  blockPpq_ = blockStart + beatsPerFrame * n;
 
   float* left = outputs != nullptr ? outputs[0] : nullptr;
   float* right = outputs != nullptr ? outputs[1] : nullptr;
@@ -490,11 +490,7 @@ void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 f
       }
       const int next = eventQueue_.empty() ? end : std::clamp(eventQueue_.front().deltaFrames, at + 1, end);
       if (left != nullptr && right != nullptr) {
-        // The song position handed to sub-block k is the block's span at (k + 1) / K; a piece
-        // that ends inside the sub-block takes the point of that span where it ends.
-        const double reached = (k + static_cast<double>(next - start) / (end - start)) / subBlocks;
-        const double piecePosition = (1.0 - reached) * previousPpq + reached * blockPpq_;
-        synth.renderBlock(left + at, right + at, next - at, piecePosition, tempo);
+        synth.renderBlock(left + at, right + at, next - at, blockStart + beatsPerFrame * next, tempo);
       }
       at = next;
     }

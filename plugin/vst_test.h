@@ -156,9 +156,9 @@ class VstTest : public VstTestModule, private ProgramTarget {
   bool sustainDown_ = false;
   std::atomic<bool> noProgramChange_{false};
   std::atomic<bool> inSetProgram_{false};
-  double lastHostPpq_ = 0.0;
-  double blockPpq_ = 0.0;
-  double tempo_;  // the host's last usable tempo
+  double lastHostPpq_ = 0.0;  // the host's song position at the last block's start
+  double blockPpq_ = 0.0;     // the song position at the last block's end
+  double tempo_;              // the host's last usable tempo
   // Up while processReplacing or processEvents runs (hosts run audio on pools of threads, so
   // this says "inside processing", not "on the audio thread").
   std::atomic<bool> processing_{false};

@@ -140,7 +140,7 @@ TEST(Playing, NotesStartOnTheirOwnFrame) {
 
 // A phrase of overlapping notes with a pitch bend and a mod wheel move in between, each on a frame
 // of its own, played through `program` (a factory program, or -1 for busyPatch) at host blocks of
-// `block` frames.
+// `block` frames, with the host's song position moving (programs with tempo-synced LFOs follow it).
 std::vector<float> playPhrase(int program, int block) {
   struct Event {
     int frame, status, data1, data2;
@@ -151,6 +151,7 @@ std::vector<float> playPhrase(int program, int block) {
       {25001, 0x80, 60, 0}, {25001, 0x90, 67, 127}, {28000, 0xE0, 0, 64},   {31313, 0x80, 64, 0},
       {33333, 0xB0, 1, 0},  {38000, 0x80, 67, 0},   {40123, 0x90, 52, 100}, {47000, 0x80, 52, 0}};
   constexpr int kFrames = 66150;  // 1.5 s, past the last release's start
+  constexpr double kBeatsPerFrame = 2.0 / 44100.0;
   TestHost host;
   if (program >= 0) {
     host.plugin().setProgram(program);
@@ -159,6 +160,7 @@ std::vector<float> playPhrase(int program, int block) {
     preparePatch(host, busyPatch);
   }
   return render(host, kFrames, block, [&](TestHost& h, int start, int frames) {
+    h.record().time.ppqPos = start * kBeatsPerFrame;  // a playing transport at 120 BPM
     for (const Event& e : kPhrase) {
       if (e.frame >= start && e.frame < start + frames) h.midi(e.frame - start, e.status, e.data1, e.data2);
     }
