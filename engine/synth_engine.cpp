@@ -131,6 +131,7 @@ void SynthEngine::startVoice(int slot, int note, const NoteChoice& choice, int u
   // Inside a control tick the note reads its parameters on its own frame, with the wheels and
   // controllers of that frame in force, and aims at the tick's end like every other voice. On a
   // tick's first frame the tick's start does that.
+  voicesActive_ = true;
   if (tickLeft_ > 0) {
     startVoiceValues();
     controlVoice(voice, tickLeft_);
@@ -299,6 +300,7 @@ void SynthEngine::reset() {
   for (Voice& v : fading_) v.kill();
   mixChain_.reset();
   tickLeft_ = 0;  // the control grid counts from here
+  voicesActive_ = false;
   // Nothing was playing to glide from: values set while the engine was off (a program chosen
   // before the transport starts) hold from the first sample, so a chord on the first frame gets
   // the program's polyphony and not a value half-way from the previous one.
@@ -388,10 +390,12 @@ void SynthEngine::startTick(double songPositionBeats, double tempoBpm) {
   globalLfo_.advance(params_.data(), dt, songPositionBeats);
   globalLfoValue_ = globalLfo_.source(params_.data());
 
-  startVoiceValues();
-  for (auto* pool : {&voices_, &fading_}) {
-    for (Voice& v : *pool) {
-      if (!v.isSilent()) controlVoice(v, kControlFrames);
+  if (voicesActive_) {
+    startVoiceValues();
+    for (auto* pool : {&voices_, &fading_}) {
+      for (Voice& v : *pool) {
+        if (!v.isSilent()) controlVoice(v, kControlFrames);
+      }
     }
   }
   // The global effects see the global LFO too (never a voice's held value); afterwards the
@@ -405,11 +409,13 @@ void SynthEngine::renderPiece(float* left, float* right, int frames) {
   std::fill(left, left + frames, 0.0f);
   std::fill(right, right + frames, 0.0f);
   bool voicesSounded = false;
-  for (auto* pool : {&voices_, &fading_}) {
-    for (Voice& v : *pool) {
-      if (v.isSilent()) continue;
-      renderVoice(v, left, right, frames);
-      voicesSounded = true;
+  if (voicesActive_) {
+    for (auto* pool : {&voices_, &fading_}) {
+      for (Voice& v : *pool) {
+        if (v.isSilent()) continue;
+        renderVoice(v, left, right, frames);
+        voicesSounded = true;
+      }
     }
   }
   mixChain_.render(left, right, frames, voicesSounded);
@@ -433,10 +439,14 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
     renderPiece(left + done, right + done, piece);
     tickLeft_ -= piece;
     done += piece;
-    if (tickLeft_ == 0) {
+    if (tickLeft_ == 0 && voicesActive_) {
       // Voices that have rung out are freed on the grid too.
+      voicesActive_ = false;
       for (auto* pool : {&voices_, &fading_}) {
-        for (Voice& v : *pool) v.refreshSilence();
+        for (Voice& v : *pool) {
+          v.refreshSilence();
+          voicesActive_ = voicesActive_ || !v.isSilent();
+        }
       }
     }
   }

@@ -143,6 +143,9 @@ class SynthEngine {
   int lastVoice_ = 0;
   float sampleRate_ = 44100.0f;
   int tickLeft_ = 0;  // samples of the current control tick not yet rendered
+  // Some voice may sound: false once a tick has ended with every voice silent, until a note
+  // starts. While it is false, ticks and pieces pass the voices by.
+  bool voicesActive_ = false;
   GlobalLfo globalLfo_;
   float globalLfoValue_ = 0.0f;  // the global LFO's routing source in the current tick
   Random random_;
