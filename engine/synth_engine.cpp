@@ -32,6 +32,7 @@ void SynthEngine::setParameter(int index, float value, bool fromEditor) {
   if (index < 0 || index >= kParamCount) return;
   value = clampUnit(value);
   params_[index].base.store(value, std::memory_order_relaxed);
+  storedChanges_.fetch_add(1, std::memory_order_release);
   parameterChanged(index);
   if (listener_ != nullptr) listener_->onParameterChanged(index, value, fromEditor);
 }
@@ -271,11 +272,21 @@ void SynthEngine::setController(int number, float value) {
 }
 
 void SynthEngine::smoothParameters(float fraction) {
+  // Nothing stored since every value settled: there is nothing to smooth.
+  const std::uint32_t changes = storedChanges_.load(std::memory_order_acquire);
+  if (valuesSettled_ && changes == settledChanges_) return;
+  bool moved = false, settled = true;
   for (Parameter& p : params_) {
     const float base = p.baseValue();
-    p.smoothed = p.previous + (base - p.previous) * fraction;
+    const float smoothed = p.previous + (base - p.previous) * fraction;
+    moved = moved || smoothed != p.smoothed;
+    settled = settled && smoothed == base && p.previous == base;
+    p.smoothed = smoothed;
   }
-  updateGlobalValues();
+  // The global values always follow the smoothed ones: with nothing moved they stand.
+  if (moved) updateGlobalValues();
+  valuesSettled_ = settled;
+  settledChanges_ = changes;
 }
 
 void SynthEngine::updateGlobalValues() {
@@ -286,6 +297,8 @@ void SynthEngine::updateGlobalValues() {
 }
 
 void SynthEngine::endProcess() {
+  // Settled since: every previous value is its stored one already.
+  if (valuesSettled_ && storedChanges_.load(std::memory_order_acquire) == settledChanges_) return;
   for (Parameter& p : params_) p.previous = p.baseValue();
 }
 
@@ -418,7 +431,7 @@ void SynthEngine::renderPiece(float* left, float* right, int frames) {
       }
     }
   }
-  mixChain_.render(left, right, frames, voicesSounded);
+  if (mixChain_.render(left, right, frames, voicesSounded)) return;  // zeros: nothing to limit
 
   // Whatever went wrong upstream, the host never receives a NaN, an infinity or a blast.
   limitToCeiling(left, frames);

@@ -21,6 +21,7 @@
 #include <array>
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 
 #include "engine/dsp.h"
 #include "engine/effects/mix_chain.h"
@@ -132,6 +133,12 @@ class SynthEngine {
   void renderVoice(Voice& voice, float* left, float* right, int frames);
 
   std::array<Parameter, kParamCount> params_;
+  // Counts the values stored by setParameter (any thread). When the last smoothing found every
+  // smoothed and previous value equal to its stored one (valuesSettled_) and the count has not
+  // moved since (settledChanges_), smoothing and the block's end have nothing to do.
+  std::atomic<std::uint32_t> storedChanges_{0};
+  std::uint32_t settledChanges_ = 0;
+  bool valuesSettled_ = false;
   std::array<Voice, kVoiceCount> voices_;
   // Copies of stolen and retriggered voices, fading out under the new notes. As many as there are
   // slots, so that even a chord that takes over every slot at once fades all of them.

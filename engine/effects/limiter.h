@@ -42,6 +42,9 @@ class Limiter {
   // Audio: processes 1..kMaxBlock frames of both channels in place. chainIdle: the chain before
   // the limiter is idle in these samples. Audio thread.
   void render(float* left, float* right, int frames, bool chainIdle);
+  // Off, or idle long enough to have let out everything it held: render leaves its input as it
+  // is. Audio thread.
+  bool passesThrough() const { return !on_ || idleSamples_ >= kRingSize; }
 
  private:
   void clearState();

@@ -79,8 +79,8 @@ void MixChain::aim(int frames, const Parameter* params, double tempoBpm) {
   limiter_.aim(params[kMasterLimiter].globalStepped() == 1);
 }
 
-void MixChain::render(float* left, float* right, int frames, bool voicesSounded) {
-  if (frames <= 0) return;
+bool MixChain::render(float* left, float* right, int frames, bool voicesSounded) {
+  if (frames <= 0) return !voicesSounded;
   // While the buffers are known to hold only zeros, a unit at rest can be passed over: its
   // output would be exactly zero too. That makes an idle chain cost a few tests per call.
   bool zeros = !voicesSounded;
@@ -105,7 +105,11 @@ void MixChain::render(float* left, float* right, int frames, bool voicesSounded)
   chainIdle_ = synthIdle && delay_.isSilent() && eq_.isSilent();
   if (!chainIdle_) eq_.render(left, right, frames);
 
+  // Zeros in, every unit at rest: the delay added nothing (it adds only while not silent), the EQ
+  // did not run, and the limiter lets its input through.
+  zeros = zeros && chainIdle_ && limiter_.passesThrough();
   limiter_.render(left, right, frames, chainIdle_);
+  return zeros;
 }
 
 }  // namespace ziv

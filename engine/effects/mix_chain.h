@@ -53,8 +53,9 @@ class MixChain {
   void aim(int frames, const Parameter* params, double tempoBpm);
   // Audio: runs the chain over the next `frames` samples of the aimed span, in place.
   // voicesSounded: a voice was rendered into these samples; when false the buffers must hold
-  // zeros (the engine clears them before the voices add in). Audio thread.
-  void render(float* left, float* right, int frames, bool voicesSounded);
+  // zeros (the engine clears them before the voices add in). Returns true when the buffers hold
+  // only zeros still (every unit at rest). Audio thread.
+  bool render(float* left, float* right, int frames, bool voicesSounded);
 
   // Observation for tests and benchmarks: whether the last render call skipped the EQ.
   bool chainIdle() const { return chainIdle_; }
