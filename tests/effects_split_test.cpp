@@ -37,25 +37,19 @@ float chorusMix(int aims, Random& r) {
   return bypassed ? 0.0f : uniform(r, 0, 1);
 }
 
-struct ChorusRig : testing::SplitRig {
-  Chorus chorus;
+struct ChorusRig : testing::UnitRig<Chorus> {
   int aims = 0;
   int skippingAims = 0;  // spans aimed while the chorus skipped its work
-  ChorusRig() { chorus.setSampleRate(kRate); }
-  void restart() { chorus.reset(); }
   void aim(int frames, Random& r) {
-    skippingAims += chorus.skipping();
-    chorus.aim(frames, {uniform(r, 0, 1), uniform(r, 0, 1), uniform(r, 0, 1), uniform(r, 0, 1),
-                        chorusMix(aims++, r)});
+    skippingAims += unit.skipping();
+    unit.aim(frames,
+             {uniform(r, 0, 1), uniform(r, 0, 1), uniform(r, 0, 1), uniform(r, 0, 1), chorusMix(aims++, r)});
   }
-  void render(float* left, float* right, int frames, bool idle) { chorus.render(left, right, frames, idle); }
-  std::pair<bool, bool> state() const { return {chorus.bypassed(), chorus.skipping()}; }
+  void render(float* left, float* right, int frames, bool idle) { unit.render(left, right, frames, idle); }
+  std::pair<bool, bool> state() const { return {unit.bypassed(), unit.skipping()}; }
 };
 
-struct DelayRig : testing::SplitRig {
-  Delay delay;
-  DelayRig() { delay.setSampleRate(kRate); }
-  void restart() { delay.reset(); }
+struct DelayRig : testing::UnitRig<Delay> {
   void aim(int frames, Random& r) {
     DelaySettings s;
     s.synced = r.next() % 2 == 0;
@@ -64,68 +58,56 @@ struct DelayRig : testing::SplitRig {
     s.width = uniform(r, -1, 1);
     s.feedback = uniform(r, 0, 1);
     s.send = uniform(r, 0, 1);
-    delay.aim(frames, s);
+    unit.aim(frames, s);
   }
-  void render(float* left, float* right, int frames, bool idle) { delay.render(left, right, frames, idle); }
-  bool state() const { return delay.isSilent(); }
+  void render(float* left, float* right, int frames, bool idle) { unit.render(left, right, frames, idle); }
+  bool state() const { return unit.isSilent(); }
 };
 
-struct LimiterRig : testing::SplitRig {
-  Limiter limiter;
-  LimiterRig() { limiter.setSampleRate(kRate); }
-  void restart() { limiter.reset(); }
-  void aim(int, Random& r) { limiter.aim(r.next() % 6 != 0); }
-  void render(float* left, float* right, int frames, bool idle) { limiter.render(left, right, frames, idle); }
+struct LimiterRig : testing::UnitRig<Limiter> {
+  void aim(int, Random& r) { unit.aim(r.next() % 6 != 0); }
+  void render(float* left, float* right, int frames, bool idle) { unit.render(left, right, frames, idle); }
 };
 
 struct DcBlockerRig : testing::SplitRig {
-  DcBlocker left, right;
+  std::array<DcBlocker, 2> blockers;  // left, right
   DcBlockerRig() {
-    left.setSampleRate(kRate);
-    right.setSampleRate(kRate);
+    for (DcBlocker& b : blockers) b.setSampleRate(kRate);
   }
   void restart() {
-    left.reset();
-    right.reset();
+    for (DcBlocker& b : blockers) b.reset();
   }
   void aim(int, Random&) {
-    left.aim();
-    right.aim();
+    for (DcBlocker& b : blockers) b.aim();
   }
-  void render(float* l, float* r, int frames, bool) {
-    left.render(l, frames);
-    right.render(r, frames);
+  void render(float* left, float* right, int frames, bool) {
+    blockers[0].render(left, frames);
+    blockers[1].render(right, frames);
   }
-  std::pair<bool, bool> state() const { return {left.isAtRest(), right.isAtRest()}; }
+  std::pair<bool, bool> state() const { return {blockers[0].isAtRest(), blockers[1].isAtRest()}; }
 };
 
-struct MasterEqRig : testing::SplitRig {
-  MasterEq eq;
-  MasterEqRig() { eq.setSampleRate(kRate); }
-  void restart() { eq.reset(); }
+struct MasterEqRig : testing::UnitRig<MasterEq> {
   void aim(int frames, Random& r) {
-    eq.aim(frames,
-           {uniform(r, 0, 1), uniform(r, 0, 1), uniform(r, -1, 1), uniform(r, -1, 1), uniform(r, 0, 1)});
+    unit.aim(frames,
+             {uniform(r, 0, 1), uniform(r, 0, 1), uniform(r, -1, 1), uniform(r, -1, 1), uniform(r, 0, 1)});
   }
-  void render(float* left, float* right, int frames, bool) { eq.render(left, right, frames); }
-  bool state() const { return eq.isSilent(); }
+  void render(float* left, float* right, int frames, bool) { unit.render(left, right, frames); }
+  bool state() const { return unit.isSilent(); }
 };
 
 // The chain over its own parameter records, whose global values the settings replace.
-struct MixChainRig : testing::SplitRig {
+struct MixChainRig : testing::UnitRig<MixChain> {
   std::vector<Parameter> params = std::vector<Parameter>(kParamCount);
-  MixChain chain;
   int aims = 0;
   MixChainRig() {
     for (int i = 0; i < kParamCount; ++i) params[i].describe(paramTable()[i]);
-    chain.setSampleRate(kRate);
   }
   // Parameter records do not copy; every aim sets the values it reads.
   MixChainRig(const MixChainRig& other) : MixChainRig() {
-    chain = other.chain;
+    unit = other.unit;
     aims = other.aims;
   }
-  void restart() { chain.reset(); }
   void aim(int frames, Random& r) {
     for (int index :
          {kChorusDelay, kChorusRate, kChorusDepth, kChorusWidth, kDelayTime, kDelayWidth, kDelayFeedback,
@@ -133,36 +115,25 @@ struct MixChainRig : testing::SplitRig {
       params[index].globalValue = uniform(r, 0, 1);
     params[kChorusMix].globalValue = chorusMix(aims++, r);
     params[kMasterLimiter].globalValue = static_cast<float>(r.next() % 2);
-    chain.aim(frames, params.data(), 120.0);
+    unit.aim(frames, params.data(), 120.0);
   }
   // Idle spans carry zeros: no voice sounded.
-  void render(float* left, float* right, int frames, bool idle) { chain.render(left, right, frames, !idle); }
+  void render(float* left, float* right, int frames, bool idle) { unit.render(left, right, frames, !idle); }
 };
 
-TEST(EffectsSplit, ChorusCutsChangeNoSample) {
-  ChorusRig rig;
-  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(rig, testing::soundAndSilence()));
-  EXPECT_GT(rig.skippingAims, 0) << "the chorus never stopped feeding its rings";
-}
-
-TEST(EffectsSplit, DelayCutsChangeNoSample) {
-  DelayRig rig;
-  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(rig, testing::soundAndSilence()));
-}
-
-TEST(EffectsSplit, LimiterCutsChangeNoSample) {
-  LimiterRig rig;
-  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(rig, testing::soundAndSilence()));
-}
-
-TEST(EffectsSplit, DcBlockerCutsChangeNoSample) {
-  DcBlockerRig rig;
-  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(rig, testing::soundAndSilence()));
-}
-
-TEST(EffectsSplit, MasterEqCutsChangeNoSample) {
-  MasterEqRig rig;
-  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(rig, testing::soundAndSilence()));
+TEST(EffectsSplit, CutsChangeNoSampleOfAnyEffect) {
+  const testing::SplitInput input = testing::soundAndSilence();
+  ChorusRig chorus;
+  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(chorus, input)) << "chorus";
+  EXPECT_GT(chorus.skippingAims, 0) << "the chorus never stopped feeding its rings";
+  DelayRig delay;
+  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(delay, input)) << "delay";
+  LimiterRig limiter;
+  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(limiter, input)) << "limiter";
+  DcBlockerRig dcBlocker;
+  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(dcBlocker, input)) << "DC blocker";
+  MasterEqRig eq;
+  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(eq, input)) << "master EQ";
 }
 
 // Where a cut moves an idle decision, both renders are quiet: at most the silence threshold

@@ -391,21 +391,15 @@ TEST(VoiceFilter, VoxInterpolatesAndSharpens) {
 
 // ---- Aimed spans cut into pieces ----
 
-struct FilterElementRig : testing::SplitRig {
-  FilterElement element;
-  FilterElementRig() {
-    element.setSampleRate(kRate);
-    restart();
-  }
-  void restart() { element.reset(); }
+using testing::uniform;
+
+struct FilterElementRig : testing::MonoRig<FilterElement> {
   void aim(int frames, Random& r) {
-    using testing::uniform;
     const int shape = -1 + r.next() % 9;
     const float freq = 22000.0f * uniform(r, 0, 1) * uniform(r, 0, 1);
-    element.aim(frames, shape, freq, uniform(r, 0.3f, 30.3f), uniform(r, 0, 2), uniform(r, 0.1f, 3.1f));
+    unit.aim(frames, shape, freq, uniform(r, 0.3f, 30.3f), uniform(r, 0, 2), uniform(r, 0.1f, 3.1f));
   }
-  void render(float* left, float*, int frames, bool) { element.render(left, frames); }
-  bool state() const { return element.isSilent(); }
+  bool state() const { return unit.isSilent(); }
 };
 
 TEST(FilterElement, SpansRenderTheSameWhateverTheCuts) {
@@ -431,15 +425,8 @@ TEST(FilterElement, HoldsItsSettingsPastTheSpansEnd) {
   EXPECT_EQ(a, b);
 }
 
-struct VoiceFilterRig : testing::SplitRig {
-  VoiceFilter filter;
-  VoiceFilterRig() {
-    filter.setSampleRate(kRate);
-    restart();
-  }
-  void restart() { filter.reset(); }
+struct VoiceFilterRig : testing::MonoRig<VoiceFilter> {
   void aim(int frames, Random& r) {
-    using testing::uniform;
     VoiceFilterInput in;
     // VOX half of the time, so that it also starts and stops.
     in.mode = r.next() % 2 == 0 ? kFilterVox : -1 + r.next() % 6;
@@ -449,10 +436,9 @@ struct VoiceFilterRig : testing::SplitRig {
     in.envLevel = uniform(r, 0, 1);
     in.keyTracking = uniform(r, -1, 1);
     in.pitch = uniform(r, 20, 110);
-    filter.aim(frames, in);
+    unit.aim(frames, in);
   }
-  void render(float* left, float*, int frames, bool) { filter.render(left, frames); }
-  bool state() const { return filter.isSilent(); }
+  bool state() const { return unit.isSilent(); }
 };
 
 TEST(VoiceFilter, SpansRenderTheSameWhateverTheCuts) {
@@ -460,23 +446,16 @@ TEST(VoiceFilter, SpansRenderTheSameWhateverTheCuts) {
   EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(rig, testing::soundAndSilence()));
 }
 
-struct NoiseRig : testing::SplitRig {
-  NoiseOscillator noise;
+struct NoiseRig : testing::MonoRig<NoiseOscillator> {
   int silentAims = 0;  // spans aimed while the noise was silent
-  NoiseRig() {
-    noise.setSampleRate(kRate);
-    restart();
-  }
-  void restart() { noise.start(1234); }
+  void restart() { unit.start(1234); }
   void aim(int frames, Random& r) {
-    using testing::uniform;
-    silentAims += noise.isSilent();
+    silentAims += unit.isSilent();
     // Silent half of the time, so that spans are skipped as silent too.
     const float gain = r.next() % 2 == 0 ? 0.0f : uniform(r, 0, 1);
-    noise.aim(frames, uniform(r, -40, 140), gain, uniform(r, 0, 1));
+    unit.aim(frames, uniform(r, -40, 140), gain, uniform(r, 0, 1));
   }
-  void render(float* left, float*, int frames, bool) { noise.render(left, frames); }
-  bool state() const { return noise.isSilent(); }
+  bool state() const { return unit.isSilent(); }
 };
 
 TEST(NoiseOscillator, SpansRenderTheSameWhateverTheCuts) {

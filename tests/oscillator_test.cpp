@@ -292,26 +292,21 @@ TEST(SubOscillator, ShapesAndPhase) {
   EXPECT_NEAR(osc.phase(), expected - std::floor(expected), 1e-6);
 }
 
+using testing::uniform;
+
 // Spans that play, fall silent (one in four), pass the Nyquist frequency, sync, switch between
 // saw and pulse and jump their gain, cut anywhere: the same samples as whole spans.
-struct SawPulseRig : testing::SplitRig {
+struct SawPulseRig : testing::MonoRig<SawPulseOscillator> {
   static constexpr bool kHoldsTargets = true;
-  SawPulseOscillator osc;
-  SawPulseRig() {
-    osc.setSampleRate(kRate);
-    restart();
-  }
-  void restart() { osc.start(0.3); }
+  void restart() { unit.start(0.3); }
   void aim(int frames, Random& r) {
-    using testing::uniform;
     const float pitch = uniform(r, 30.0f, 140.0f);
     const float gain = r.next() % 4 == 0 ? 0.0f : uniform(r, 0.0f, 1.0f);
     const int mode = r.next() % 2;
     const float shape = uniform(r, -1.0f, 1.0f);
     const double ratio = r.next() % 2 == 0 ? 1.0 : std::pow(2.0, uniform(r, 0.0f, 30.0f) / 12.0);
-    osc.aim(frames, pitch, gain, mode, shape, ratio, r.next() % 8 == 0);
+    unit.aim(frames, pitch, gain, mode, shape, ratio, r.next() % 8 == 0);
   }
-  void render(float* left, float*, int frames, bool) { osc.render(left, frames); }
 };
 
 TEST(SawPulseOscillator, SameSamplesWhateverTheSplitOfItsSpans) {
@@ -319,21 +314,13 @@ TEST(SawPulseOscillator, SameSamplesWhateverTheSplitOfItsSpans) {
   EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(rig, testing::silentInput()));
 }
 
-struct SubRig : testing::SplitRig {
+struct SubRig : testing::MonoRig<SubOscillator> {
   static constexpr bool kHoldsTargets = true;
-  SubOscillator osc;
-  SubRig() {
-    osc.setSampleRate(kRate);
-    restart();
-  }
-  void restart() { osc.start(0.6); }
+  void restart() { unit.start(0.6); }
   void aim(int frames, Random& r) {
-    using testing::uniform;
-    const float pitch = uniform(r, 20.0f, 110.0f);
     const float gain = r.next() % 4 == 0 ? 0.0f : uniform(r, 0.0f, 1.0f);
-    osc.aim(frames, pitch, gain, uniform(r, -1.0f, 1.0f));
+    unit.aim(frames, uniform(r, 20.0f, 110.0f), gain, uniform(r, -1.0f, 1.0f));
   }
-  void render(float* left, float*, int frames, bool) { osc.render(left, frames); }
 };
 
 TEST(SubOscillator, SameSamplesWhateverTheSplitOfItsSpans) {

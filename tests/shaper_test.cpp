@@ -214,21 +214,14 @@ TEST(Shaper, HighNotesAliasLittleAtFullDrive) {
   }
 }
 
-struct ShaperRig : testing::SplitRig {
+struct ShaperRig : testing::MonoRig<Shaper> {
   static constexpr bool kHoldsTargets = true;
-  Shaper shaper;
-  ShaperRig() {
-    shaper.setSampleRate(44100.0f);
-    restart();
-  }
-  void restart() { shaper.reset(); }
   void aim(int frames, Random& r) {
     const int mode = r.next() % 6 - 1;  // -1 and 4 lie outside the modes
     const float drive = testing::uniform(r, -0.1f, 1.1f);
     const float mix = r.next() % 4 == 0 ? 0.0f : testing::uniform(r, 0.0f, 1.0f);
-    shaper.aim(frames, mode, drive, mix);
+    unit.aim(frames, mode, drive, mix);
   }
-  void render(float* left, float*, int frames, bool) { shaper.render(left, frames); }
 };
 
 // Loud, slow, dying and quiet input through every mode, switched, bypassed and ramped at random,

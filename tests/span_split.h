@@ -6,12 +6,13 @@
 // the two renders must agree sample by sample, and so must the state the rig reports, so that a
 // difference a split leaves behind shows in the spans after it.
 //
-// A rig wraps one unit, mono or stereo, derives from SplitRig and has:
+// A rig wraps one unit, mono or stereo, derives from SplitRig (mostly through UnitRig or MonoRig)
+// and has:
 //   void restart();                          a voice start or a reset, as the engine makes it
 //   void aim(int frames, Random& settings);  aims a span at settings drawn from `settings`
 //   void render(float* left, float* right, int frames, bool idle);
-//       the next frames of the span in place (a mono unit renders `left` only); idle: the input
-//       is silent in these frames, as the engine tells the effects when no voice sounded
+//       the next frames of the span in place; idle: the input is silent in these frames, as the
+//       engine tells the effects when no voice sounded
 // and may hide SplitRig's kHoldsTargets and state().
 #pragma once
 
@@ -37,12 +38,33 @@ struct SplitRig {
   int state() const { return 0; }
 };
 
+constexpr float kSplitRate = 44100.0f;
+
+// The rig of one unit at kSplitRate, restarted by its reset().
+template <class Unit>
+struct UnitRig : SplitRig {
+  Unit unit;
+  UnitRig() { unit.setSampleRate(kSplitRate); }
+  void restart() { unit.reset(); }
+};
+
+// The rig of a mono unit, which renders the left channel.
+template <class Unit>
+struct MonoRig : UnitRig<Unit> {
+  void render(float* left, float*, int frames, bool) { this->unit.render(left, frames); }
+};
+
+// A value drawn from `r`, lo..hi: for the rigs' settings.
+inline float uniform(Random& r, float lo, float hi) {
+  return lo + (hi - lo) * static_cast<float>(r.next()) / Random::kMax;
+}
+
 // Both channels of the input, rendered in place (the sources add into it).
 struct SplitInput {
   std::vector<float> left, right;
 };
 
-// The length of the standard inputs: 32 stretches of sound or silence, some 4500 spans.
+// The length of the standard inputs: 32 stretches of sound or silence, some 4700 spans.
 constexpr int kSplitFrames = 1 << 18;
 
 // Zeros, for the sources.
@@ -53,33 +75,27 @@ inline SplitInput silentInput(int length = kSplitFrames) {
 // Stretches of sound and of silence, long enough for tails to ring out and for the units' quiet
 // and idle paths to be reached. The sound is a sine under noise at 0.5, or in one block of seven
 // at 2, above full scale; the right channel has the sine squared.
-inline SplitInput soundAndSilence(int length = kSplitFrames) {
+inline SplitInput soundAndSilence() {
   constexpr int kStretch = 8192;
   constexpr int kLoudEvery = 7;  // blocks
   Random noise(99);
-  auto wobble = [&noise] { return 0.6f * static_cast<float>(noise.next()) / Random::kMax - 0.3f; };
-  SplitInput input = silentInput(length);
-  for (int i = 0; i < length; ++i) {
+  SplitInput input = silentInput();
+  for (int i = 0; i < kSplitFrames; ++i) {
     if ((i / kStretch) % 2 == 1) continue;
     const float level = (i / kMaxBlock) % kLoudEvery == 0 ? 2.0f : 0.5f;
     const float tone = std::sin(0.05f * static_cast<float>(i));
-    input.left[i] = level * (0.7f * tone + wobble());
-    input.right[i] = level * (0.7f * tone * tone + wobble());
+    input.left[i] = level * (0.7f * tone + uniform(noise, -0.3f, 0.3f));
+    input.right[i] = level * (0.7f * tone * tone + uniform(noise, -0.3f, 0.3f));
   }
   return input;
-}
-
-// A value drawn from `r`, lo..hi: for the rigs' settings.
-inline float uniform(Random& r, float lo, float hi) {
-  return lo + (hi - lo) * static_cast<float>(r.next()) / Random::kMax;
 }
 
 struct BitIdentical {
   bool operator()(float a, float b) const { return std::memcmp(&a, &b, sizeof a) == 0; }
 };
 
-// Renders the script over `input` with `whole` in whole spans and with a copy of it, as passed,
-// in cut ones; same(wholeSample, cutSample) says whether two samples agree. Afterwards `whole`
+// Restarts `whole` and renders the script over `input` with it in whole spans and with a copy of
+// it in cut ones; same(wholeSample, cutSample) says whether two samples agree. Afterwards `whole`
 // is as its run left it, for the caller's checks of what the script reached.
 template <class Rig, class Same = BitIdentical>
 ::testing::AssertionResult rendersTheSameWhateverTheCuts(Rig& whole, const SplitInput& input,
@@ -89,6 +105,7 @@ template <class Rig, class Same = BitIdentical>
   constexpr int kNewSettingsEvery = 4;   // spans, on average; else the last settings are aimed again
   constexpr int kSingleFrameEvery = 10;  // spans aimed at one frame, on average
   constexpr int kSinglePieceEvery = 3;   // pieces of one frame, on average
+  whole.restart();
   Rig cut = whole;
   SplitInput w = input, c = input;
   Random script(kScriptSeed);
