@@ -64,8 +64,8 @@ struct SplitInput {
   std::vector<float> left, right;
 };
 
-// The length of the standard inputs: 32 stretches of sound or silence, some 4700 spans.
-constexpr int kSplitFrames = 1 << 18;
+// The length of the standard inputs: 16 stretches of sound or silence, some 9400 spans.
+constexpr int kSplitFrames = 1 << 19;
 
 // Zeros, for the sources.
 inline SplitInput silentInput(int length = kSplitFrames) {
@@ -73,10 +73,11 @@ inline SplitInput silentInput(int length = kSplitFrames) {
 }
 
 // Stretches of sound and of silence, long enough for tails to ring out and for the units' quiet
-// and idle paths to be reached. The sound is a sine under noise at 0.5, or in one block of seven
-// at 2, above full scale; the right channel has the sine squared.
+// and idle paths to be reached: a DC blocker's state takes half a second to fall below its flush
+// threshold (restarts, which cut such decays short, are rare). The sound is a sine under noise at
+// 0.5, or in one block of seven at 2, above full scale; the right channel has the sine squared.
 inline SplitInput soundAndSilence() {
-  constexpr int kStretch = 8192;
+  constexpr int kStretch = 1 << 15;
   constexpr int kLoudEvery = 7;  // blocks
   Random noise(99);
   SplitInput input = silentInput();
@@ -101,7 +102,7 @@ template <class Rig, class Same = BitIdentical>
 ::testing::AssertionResult rendersTheSameWhateverTheCuts(Rig& whole, const SplitInput& input,
                                                          Same same = {}) {
   constexpr std::uint32_t kScriptSeed = 2024;
-  constexpr int kRestartEvery = 300;     // spans, on average
+  constexpr int kRestartEvery = 1000;    // spans, on average
   constexpr int kNewSettingsEvery = 4;   // spans, on average; else the last settings are aimed again
   constexpr int kSingleFrameEvery = 10;  // spans aimed at one frame, on average
   constexpr int kSinglePieceEvery = 3;   // pieces of one frame, on average
