@@ -29,8 +29,8 @@ constexpr float kRate = 44100.0f;
 
 using testing::uniform;
 
-// The chorus mix for the `aims`th aim: 0, the chorus bypassed, in one span of three at random and
-// through every third run of kBypassRun spans, long enough for silence to stop the rings' feeding.
+// The chorus mix for the `aims`th aim: 0, the chorus bypassed, for one draw in three and through
+// every third run of kBypassRun aims, long enough for silence to stop the rings' feeding.
 float chorusMix(int aims, Random& r) {
   constexpr int kBypassRun = 256;
   const bool bypassed = r.next() % 3 == 0 || aims / kBypassRun % 3 == 2;
@@ -72,7 +72,7 @@ struct LimiterRig : testing::UnitRig<Limiter> {
 struct DcBlockerRig : testing::SplitRig {
   std::array<DcBlocker, 2> blockers;  // left, right
   DcBlockerRig() {
-    for (DcBlocker& b : blockers) b.setSampleRate(kRate);
+    for (DcBlocker& b : blockers) b.setSampleRate(testing::kSplitRate);
   }
   void restart() {
     for (DcBlocker& b : blockers) b.reset();
