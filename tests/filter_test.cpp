@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
-#include <cstring>
 #include <vector>
 
 #include "engine/dsp.h"
@@ -15,6 +13,7 @@
 #include "engine/oscillators/noise_oscillator.h"
 #include "engine/random.h"
 #include "engine/voice_filter.h"
+#include "span_split.h"
 
 namespace ziv {
 namespace {
@@ -392,94 +391,25 @@ TEST(VoiceFilter, VoxInterpolatesAndSharpens) {
 
 // ---- Aimed spans cut into pieces ----
 
-float uniform(Random& random) {
-  return static_cast<float>(random.next()) / Random::kMax;
-}
+using testing::uniform;
 
-// One step of a script: perhaps a restart, then an aim at random settings (drawn from
-// `settingsSeed`) for `aimed` frames, of which `rendered` are rendered before the next step:
-// fewer when the next aim comes in mid-span, more when the caller overruns the span.
-struct ScriptStep {
-  bool restart;
-  int aimed;
-  int rendered;
-  std::uint32_t settingsSeed;
+struct FilterElementRig : testing::MonoRig<FilterElement> {
+  void aim(int frames, Random& r) {
+    const int shape = -1 + r.next() % 9;
+    const float freq = 22000.0f * uniform(r, 0, 1) * uniform(r, 0, 1);
+    unit.aim(frames, shape, freq, uniform(r, 0.3f, 30.3f), uniform(r, 0, 2), uniform(r, 0.1f, 3.1f));
+  }
+  bool state() const { return unit.isSilent(); }
 };
 
-std::vector<ScriptStep> randomScript(std::uint32_t seed, int steps) {
-  Random random(seed);
-  std::vector<ScriptStep> script(steps);
-  for (ScriptStep& step : script) {
-    step.restart = uniform(random) < 0.03f;
-    step.aimed = uniform(random) < 0.1f ? 1 : 1 + random.next() % kMaxBlock;
-    const float kind = uniform(random);
-    step.rendered = kind < 0.7f   ? step.aimed
-                    : kind < 0.9f ? random.next() % step.aimed
-                                  : step.aimed + 1 + random.next() % kMaxBlock;
-    step.settingsSeed = static_cast<std::uint32_t>(random.next());
-  }
-  return script;
-}
-
-constexpr size_t kSilentEvery = 4000;  // samples of noise, then as many of silence, in the input
-
-// Runs a unit through `script` over a fixed input (rendered in place or added to, as the
-// unit does) and returns the output, with the unit's isSilent() after each step. Each step's
-// frames are rendered in one call, or with a non-zero `cutSeed` in random pieces, many of them
-// single frames. restart(unit) starts the unit; aim(unit, frames, random) aims it.
-template <typename Unit, typename Restart, typename Aim>
-std::vector<float> runScript(const std::vector<ScriptStep>& script, std::uint32_t cutSeed, Restart restart,
-                             Aim aim) {
-  Unit unit;
-  unit.setSampleRate(kRate);
-  restart(unit);
-  int total = 0;
-  for (const ScriptStep& step : script) total += step.rendered;
-  std::vector<float> out(total);
-  // Noise with stretches of silence, through which the units ring out and fall silent.
-  Random input(99), cuts(cutSeed);
-  for (size_t i = 0; i < out.size(); ++i)
-    out[i] = (i / kSilentEvery) % 2 == 0 ? 2.0f * uniform(input) - 1.0f : 0.0f;
-  std::vector<float> silence;
-  int at = 0;
-  for (const ScriptStep& step : script) {
-    if (step.restart) restart(unit);
-    Random settings(step.settingsSeed);
-    aim(unit, step.aimed, settings);
-    for (int left = step.rendered; left > 0;) {
-      const int piece = cutSeed == 0 ? left : (uniform(cuts) < 0.3f ? 1 : 1 + cuts.next() % left);
-      unit.render(out.data() + at, piece);
-      at += piece, left -= piece;
-    }
-    silence.push_back(unit.isSilent() ? 1.0f : 0.0f);
-  }
-  out.insert(out.end(), silence.begin(), silence.end());
-  return out;
-}
-
-// The script rendered whole and cut three different ways gives the same bytes; returns the
-// whole render.
-template <typename Unit, typename Restart, typename Aim>
-std::vector<float> expectSameWhateverTheCuts(Restart restart, Aim aim) {
-  const std::vector<ScriptStep> script = randomScript(2024, 600);
-  const std::vector<float> whole = runScript<Unit>(script, 0, restart, aim);
-  for (std::uint32_t cutSeed : {1u, 2u, 3u}) {
-    const std::vector<float> cut = runScript<Unit>(script, cutSeed, restart, aim);
-    EXPECT_EQ(0, std::memcmp(whole.data(), cut.data(), whole.size() * sizeof(float))) << "cuts " << cutSeed;
-  }
-  return whole;
-}
-
 TEST(FilterElement, SpansRenderTheSameWhateverTheCuts) {
-  expectSameWhateverTheCuts<FilterElement>([](FilterElement& e) { e.reset(); },
-                                           [](FilterElement& e, int frames, Random& r) {
-                                             const int shape = -1 + r.next() % 9;
-                                             const float freq = 22000.0f * uniform(r) * uniform(r);
-                                             e.aim(frames, shape, freq, 0.3f + 30.0f * uniform(r),
-                                                   2.0f * uniform(r), 0.1f + 3.0f * uniform(r));
-                                           });
+  FilterElementRig rig;
+  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(rig, testing::soundAndSilence()));
+}
 
-  // Past its span's end an element holds the span's settings, exactly as if aimed there again.
+// Past its span's end an element holds the span's settings, exactly as if aimed there again (for
+// a move within its frequency slew).
+TEST(FilterElement, HoldsItsSettingsPastTheSpansEnd) {
   FilterElement once, again;
   for (FilterElement* e : {&once, &again}) {
     e->setSampleRate(kRate);
@@ -492,34 +422,46 @@ TEST(FilterElement, SpansRenderTheSameWhateverTheCuts) {
   again.render(b.data(), kMaxBlock / 2);
   renderSpan(again, b.data() + kMaxBlock / 2, kMaxBlock + kMaxBlock / 2, FilterElement::kHighPass, 1001.0f,
              0.5f, 0.7f);
-  EXPECT_EQ(0, std::memcmp(a.data(), b.data(), a.size() * sizeof(float)));
+  EXPECT_EQ(a, b);
 }
+
+struct VoiceFilterRig : testing::MonoRig<VoiceFilter> {
+  void aim(int frames, Random& r) {
+    VoiceFilterInput in;
+    // VOX half of the time, so that it also starts and stops.
+    in.mode = r.next() % 2 == 0 ? kFilterVox : -1 + r.next() % 6;
+    in.cutoff = uniform(r, 0, 1);
+    in.q = uniform(r, 0, 1);
+    in.envAmount = uniform(r, -1, 1);
+    in.envLevel = uniform(r, 0, 1);
+    in.keyTracking = uniform(r, -1, 1);
+    in.pitch = uniform(r, 20, 110);
+    unit.aim(frames, in);
+  }
+  bool state() const { return unit.isSilent(); }
+};
 
 TEST(VoiceFilter, SpansRenderTheSameWhateverTheCuts) {
-  expectSameWhateverTheCuts<VoiceFilter>([](VoiceFilter& v) { v.reset(); },
-                                         [](VoiceFilter& v, int frames, Random& r) {
-                                           VoiceFilterInput in;
-                                           // VOX half of the time, so that it also starts and stops.
-                                           in.mode = uniform(r) < 0.5f ? kFilterVox : -1 + r.next() % 6;
-                                           in.cutoff = uniform(r);
-                                           in.q = uniform(r);
-                                           in.envAmount = 2.0f * uniform(r) - 1.0f;
-                                           in.envLevel = uniform(r);
-                                           in.keyTracking = 2.0f * uniform(r) - 1.0f;
-                                           in.pitch = 20.0f + 90.0f * uniform(r);
-                                           v.aim(frames, in);
-                                         });
+  VoiceFilterRig rig;
+  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(rig, testing::soundAndSilence()));
 }
 
+struct NoiseRig : testing::MonoRig<NoiseOscillator> {
+  int silentAims = 0;  // spans aimed while the noise was silent
+  void restart() { unit.start(1234); }
+  void aim(int frames, Random& r) {
+    silentAims += unit.isSilent();
+    // Silent half of the time, so that spans are skipped as silent too.
+    const float gain = r.next() % 2 == 0 ? 0.0f : uniform(r, 0, 1);
+    unit.aim(frames, uniform(r, -40, 140), gain, uniform(r, 0, 1));
+  }
+  bool state() const { return unit.isSilent(); }
+};
+
 TEST(NoiseOscillator, SpansRenderTheSameWhateverTheCuts) {
-  const std::vector<float> whole = expectSameWhateverTheCuts<NoiseOscillator>(
-      [](NoiseOscillator& n) { n.start(1234); },
-      [](NoiseOscillator& n, int frames, Random& r) {
-        // Silent half of the time, so that spans are skipped as silent too.
-        const float gain = uniform(r) < 0.5f ? 0.0f : uniform(r);
-        n.aim(frames, -40.0f + 180.0f * uniform(r), gain, uniform(r));
-      });
-  EXPECT_NE(std::find(whole.end() - 600, whole.end(), 1.0f), whole.end()) << "the noise never fell silent";
+  NoiseRig rig;
+  EXPECT_TRUE(testing::rendersTheSameWhateverTheCuts(rig, testing::soundAndSilence()));
+  EXPECT_GT(rig.silentAims, 0) << "the noise never fell silent";
 }
 
 }  // namespace
