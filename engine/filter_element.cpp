@@ -165,22 +165,15 @@ void FilterElement::filter(float* buf, int frames) {
     }
     fadeS1_ = f1, fadeS2_ = f2;
   }
-  if (d.g == 0.0 && d.k == 0.0 && d.m0 == 0.0 && d.m1 == 0.0 && d.m2 == 0.0) {
-    // Settled coefficients (a knob at rest, the master EQ nearly always): the division runs
-    // once instead of every sample, with the same results.
-    const double a1 = 1.0 / (1.0 + g * (g + k)), a2 = g * a1, a3 = g * a2;
-    for (; i < frames; ++i) {
-      const double x = buf[i];
-      double v1, v2;
-      tick(a1, a2, a3, x, s1, s2, v1, v2);
-      const double y = m0 * x + m1 * v1 + m2 * v2;
-      y2 = y1, y1 = y;
-      buf[i] = static_cast<float>(y);
-    }
-  }
+  // Settled coefficients (a knob at rest, the master EQ nearly always) keep the division out of
+  // the loop, with the same results; the compiler splits the loop on the test.
+  const bool ramping = d.g != 0.0 || d.k != 0.0 || d.m0 != 0.0 || d.m1 != 0.0 || d.m2 != 0.0;
+  double a1 = 1.0 / (1.0 + g * (g + k)), a2 = g * a1, a3 = g * a2;
   for (; i < frames; ++i) {
-    g += d.g, k += d.k, m0 += d.m0, m1 += d.m1, m2 += d.m2;
-    const double a1 = 1.0 / (1.0 + g * (g + k)), a2 = g * a1, a3 = g * a2;
+    if (ramping) {
+      g += d.g, k += d.k, m0 += d.m0, m1 += d.m1, m2 += d.m2;
+      a1 = 1.0 / (1.0 + g * (g + k)), a2 = g * a1, a3 = g * a2;
+    }
     const double x = buf[i];
     double v1, v2;
     tick(a1, a2, a3, x, s1, s2, v1, v2);
