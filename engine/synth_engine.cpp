@@ -129,14 +129,21 @@ void SynthEngine::startVoice(int slot, int note, const NoteChoice& choice, int u
   Voice& voice = voices_[slot];
   voice.start(request);
   lastVoice_ = slot;
-  // Inside a control tick the note reads its parameters on its own frame, with the wheels and
-  // controllers of that frame in force, and aims at the tick's end like every other voice. On a
-  // tick's first frame the tick's start does that.
+  // Inside a control tick the note reads its parameters on its own frame, once that frame's
+  // events and smoothing step are in force, and aims at the tick's end like every other voice.
+  // On a tick's first frame the tick's start does that.
   voicesActive_ = true;
-  if (tickLeft_ > 0) {
-    startVoiceValues();
-    controlVoice(voice, tickLeft_);
+  if (tickLeft_ > 0) startingVoices_.set(static_cast<std::size_t>(slot));
+}
+
+void SynthEngine::controlStartingVoices() {
+  startVoiceValues();
+  for (int slot = 0; slot < kVoiceCount; ++slot) {
+    Voice& voice = voices_[slot];
+    if (startingVoices_.test(static_cast<std::size_t>(slot)) && !voice.isSilent())
+      controlVoice(voice, tickLeft_);
   }
+  startingVoices_.reset();
 }
 
 void SynthEngine::noteOn(int note, float velocity) {
@@ -313,6 +320,7 @@ void SynthEngine::reset() {
   for (Voice& v : fading_) v.kill();
   mixChain_.reset();
   tickLeft_ = 0;  // the control grid counts from here
+  startingVoices_.reset();
   voicesActive_ = false;
   // Nothing was playing to glide from: values set while the engine was off (a program chosen
   // before the transport starts) hold from the first sample, so a chord on the first frame gets
@@ -399,6 +407,7 @@ void SynthEngine::renderVoice(Voice& voice, float* left, float* right, int frame
 
 void SynthEngine::startTick(double songPositionBeats, double tempoBpm) {
   tickLeft_ = kControlFrames;
+  startingVoices_.reset();  // every sounding voice reads its parameters now
   const float dt = static_cast<float>(kControlFrames) / sampleRate_;
   globalLfo_.advance(params_.data(), dt, songPositionBeats);
   globalLfoValue_ = globalLfo_.source(params_.data());
@@ -448,6 +457,7 @@ void SynthEngine::renderBlock(float* left, float* right, int frames, double song
     // position at the end of these frames.
     if (tickLeft_ == 0)
       startTick(songPositionBeats + (done + kControlFrames - frames) * beatsPerFrame, tempoBpm);
+    if (startingVoices_.any()) controlStartingVoices();
     const int piece = std::min(frames - done, tickLeft_);
     renderPiece(left + done, right + done, piece);
     tickLeft_ -= piece;

@@ -20,6 +20,7 @@
 
 #include <array>
 #include <atomic>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 
@@ -72,8 +73,9 @@ class SynthEngine {
   void setPitchWheel(float bend);
   void setController(int number, float value);
   // Moves every parameter's smoothed value to `fraction` of the way from its previous to its
-  // stored value; called before each sub-block with (k + 1) / K. Control ticks read the values
-  // in force when they start.
+  // stored value; called once per sub-block, after the events of its first frame, with
+  // (k + 1) / K. Control ticks, and notes that start inside a tick, read the values in force when
+  // their first frame renders.
   void smoothParameters(float fraction);
   // Renders 1..kMaxBlock frames into both buffers, overwriting them. songPositionBeats is the
   // song position at the end of these frames.
@@ -127,6 +129,8 @@ class SynthEngine {
   void startTick(double songPositionBeats, double tempoBpm);
   // Has a voice read its parameters and aim at the values due `frames` samples on.
   void controlVoice(Voice& voice, int frames);
+  // Has the voices that notes started inside the current tick read their parameters.
+  void controlStartingVoices();
   // Renders the next `frames` samples of the current tick (at most what is left of it).
   void renderPiece(float* left, float* right, int frames);
   // Renders one voice into the sum.
@@ -153,6 +157,8 @@ class SynthEngine {
   // Some voice may sound: false once a tick has ended with every voice silent, until a note
   // starts. While it is false, ticks and pieces pass the voices by.
   bool voicesActive_ = false;
+  // Slots whose notes started inside the current tick and have not read their parameters yet.
+  std::bitset<kVoiceCount> startingVoices_;
   GlobalLfo globalLfo_;
   float globalLfoValue_ = 0.0f;  // the global LFO's routing source in the current tick
   Random random_;

@@ -476,18 +476,18 @@ void VstTest::processReplacing(float** inputs, float** outputs, vst2::VstInt32 f
     const int start = k * n / subBlocks;
     const int end = (k + 1) * n / subBlocks;
     const float fraction = static_cast<float>(k + 1) / static_cast<float>(subBlocks);
-    // The sub-block's smoothing step first, so that a note on its first frame finds the host's
-    // automation as the sound will.
-    synth.smoothParameters(fraction);
     // Every event takes effect on its own frame, rather than at the start of the sub-block that
     // holds it: the sub-block is cut where events fall, so a note sounds where it was played
-    // whatever the host's block size. An event's values are in force at once: a note starts with
-    // the wheels and the program of its own frame.
+    // whatever the host's block size. An event's values are in force at once, and a note reads
+    // its parameters when its frame renders: it starts with the wheels, the controllers and the
+    // program of its own frame, and with the sub-block's smoothing step, which follows the
+    // events of the sub-block's first frame.
     for (int at = start; at < end;) {
       while (!eventQueue_.empty() && eventQueue_.front().deltaFrames <= at) {
         dispatch(eventQueue_.front());
         eventQueue_.popFront();
       }
+      if (at == start) synth.smoothParameters(fraction);
       const int next = eventQueue_.empty() ? end : std::clamp(eventQueue_.front().deltaFrames, at + 1, end);
       if (left != nullptr && right != nullptr) {
         synth.renderBlock(left + at, right + at, next - at, blockStart + beatsPerFrame * next, tempo);

@@ -486,6 +486,7 @@ TEST(MixChain, InTheEngineEchoesOutliveTheVoices) {
   plugin.setParameter(kMasterLimiter, 1.0f);
   plugin.setParameter(kMasterGain, 1.0f);
   plugin.setParameter(kUnisonVoices, 1.0f);
+  plugin.resume();  // the settings hold from the first frame
   for (int note = 48; note <= 72; note += 4) host.noteOn(0, note, 127);
   float peak = 0.0f;
   for (int b = 0; b < 40; ++b) {

@@ -99,6 +99,7 @@ TEST(HostileHost, GainsStackedToTheTopStopAtTheOutputCeiling) {
   plugin.setParameter(kMasterGain, 1.0f);
   plugin.setParameter(kMasterEqGainLow, 1.0f);
   plugin.setParameter(kMasterEqFreqLow, 1.0f);
+  plugin.resume();  // the settings hold from the first frame
   for (int note = 36; note < 84; note += 2) host.noteOn(0, note, 127);
   float peak = 0.0f;
   for (int block = 0; block < 100; ++block) {

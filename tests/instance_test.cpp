@@ -25,8 +25,11 @@ bool held(SynthEngine& engine, int note) {
   return v != nullptr && v->held();
 }
 
+// Sets the polyphony and resets, so that it holds from the first frame: the events of a block's
+// first frame are dispatched before its smoothing step.
 void setPolyphony(TestHost& host, int voices) {
   host.plugin().setParameter(kPolyphony, (voices - 1) / 23.0f);
+  host.plugin().resume();
 }
 
 TEST(Instance, ReportsItselfToTheHost) {

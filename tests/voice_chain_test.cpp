@@ -71,6 +71,7 @@ TEST(VoiceChain, ReleasedVoicesBecomeSilent) {
   host.setPhysical(kAmpEnvRelease, 0.1f);
   host.setPhysical(kFilter1Q, 1.0f);
   host.setPhysical(kPolyphony, 8.0f);
+  host.plugin().resume();  // the settings hold from the first frame
   for (int note : {40, 52, 64}) host.noteOn(0, note);
   host.play(0.2);
   EXPECT_EQ(host.engine().soundingVoiceCount(), 3);
