@@ -51,23 +51,26 @@ void expectSilence(TortureInstance& plugin, Scoreboard& board) {
                    " s after the notes ended");
 }
 
-// Releases every key and the pedal, and selects the last program (the factory "Init Patch"): a
-// patch left anywhere by the scenario may hold echoes for minutes by design, while state that
-// ran away would keep sounding under any patch.
-void endNotes(TortureInstance& plugin) {
-  std::vector<vst2::VstMidiEvent> off;
-  for (int note = 0; note < 128; ++note) off.push_back(midiEvent(0, 0x80, note, 0));
-  off.push_back(midiEvent(0, 0xB0, 64, 0));
-  plugin.sendEvents(off);
-  plugin.dispatch(vst2::effSetProgram, 0, kInitProgram);
-}
-
 std::vector<std::uint8_t> chunkOf(TortureInstance& plugin, bool program) {
   void* data = nullptr;
   const auto size = plugin.dispatch(vst2::effGetChunk, program ? 1 : 0, 0, &data);
   if (data == nullptr || size <= 0) return {};
   const auto* bytes = static_cast<const std::uint8_t*>(data);
   return std::vector<std::uint8_t>(bytes, bytes + size);
+}
+
+// Releases every key and the pedal, puts back `factoryBank` (the bank as the instance started)
+// and selects its last program, "Init Patch". A patch left anywhere by the scenario may hold
+// echoes for minutes by design (a delay feedback of 1 never dies away), and the scenario's
+// chunk and program calls may have rewritten any program of the bank, the last one included;
+// state that ran away would keep sounding under any patch.
+void endNotes(TortureInstance& plugin, std::vector<std::uint8_t>& factoryBank) {
+  std::vector<vst2::VstMidiEvent> off;
+  for (int note = 0; note < 128; ++note) off.push_back(midiEvent(0, 0x80, note, 0));
+  off.push_back(midiEvent(0, 0xB0, 64, 0));
+  plugin.sendEvents(off);
+  plugin.dispatch(vst2::effSetChunk, 0, static_cast<vst2::VstIntPtr>(factoryBank.size()), factoryBank.data());
+  plugin.dispatch(vst2::effSetProgram, 0, kInitProgram);
 }
 
 // A chunk as a careless host might hand it back: whole, cut short, bit-flipped or noise.
@@ -144,6 +147,7 @@ void automationThread(const ScenarioContext& context) {
   TortureInstance plugin(context.entry, context.board);
   if (!plugin.valid()) return;
   plugin.start(kSampleRate, kAnnouncedBlock);
+  std::vector<std::uint8_t> factoryBank = chunkOf(plugin, false);
   const int count = plugin.effect()->numParams;
   std::atomic<bool> stop{false};
   std::thread automation = background(stop, context.seed + 1, [&plugin, count](Random& r) {
@@ -167,7 +171,7 @@ void automationThread(const ScenarioContext& context) {
   }
   stop = true;
   automation.join();
-  endNotes(plugin);
+  endNotes(plugin, factoryBank);
   expectSilence(plugin, context.board);
 }
 
@@ -176,7 +180,8 @@ void programThread(const ScenarioContext& context) {
   TortureInstance plugin(context.entry, context.board);
   if (!plugin.valid()) return;
   plugin.start(kSampleRate, kAnnouncedBlock);
-  std::vector<std::uint8_t> bank = chunkOf(plugin, false);
+  std::vector<std::uint8_t> factoryBank = chunkOf(plugin, false);
+  std::vector<std::uint8_t> bank = factoryBank;
   std::atomic<bool> stop{false};
   std::thread programs = background(stop, context.seed + 1, [&plugin, &bank](Random& r) {
     programCall(plugin, r, bank);
@@ -195,7 +200,7 @@ void programThread(const ScenarioContext& context) {
   }
   stop = true;
   programs.join();
-  endNotes(plugin);
+  endNotes(plugin, factoryBank);
   expectSilence(plugin, context.board);
 }
 
