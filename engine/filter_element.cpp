@@ -6,8 +6,11 @@
 #include <cmath>
 
 #include "engine/dsp.h"
+#include "engine/isa.h"
 
 namespace ziv {
+
+#ifndef ZIV_AVX2_PASS
 
 namespace {
 
@@ -18,16 +21,6 @@ constexpr double kMaxSlewPerSecond = 10.0 * 3.14159265358979323846;
 // denormal numbers even without flush-to-zero. (At aim, not after each render call: the state
 // must not depend on how a span was cut into calls.)
 constexpr double kFlushThreshold = 1e-20;
-
-// One sample of the trapezoidal state-variable filter with the integrator gains a1 = 1 / (1 +
-// g (g + k)), a2 = g a1, a3 = g a2: advances the states s1, s2 and gives the band-pass (v1) and
-// low-pass (v2) outputs.
-inline void tick(double a1, double a2, double a3, double x, double& s1, double& s2, double& v1, double& v2) {
-  const double v3 = x - s2;
-  v1 = a1 * s1 + a2 * v3;
-  v2 = s2 + a2 * s1 + a3 * v3;
-  s1 = 2.0 * v1 - s1, s2 = 2.0 * v2 - s2;
-}
 
 }  // namespace
 
@@ -126,18 +119,42 @@ void FilterElement::aim(int frames, int shape, float freqHz, float q, float gain
 }
 
 void FilterElement::render(float* buf, int frames) {
+  isa::dispatch([&](auto isa) { renderWith<decltype(isa)>(buf, frames); });
+}
+
+#endif  // ZIV_AVX2_PASS
+
+// --- Rendering, compiled for each instruction set (engine/isa.h) ---
+
+namespace {
+
+// One sample of the trapezoidal state-variable filter with the integrator gains a1 = 1 / (1 +
+// g (g + k)), a2 = g a1, a3 = g a2: advances the states s1, s2 and gives the band-pass (v1) and
+// low-pass (v2) outputs.
+inline void tick(double a1, double a2, double a3, double x, double& s1, double& s2, double& v1, double& v2) {
+  const double v3 = x - s2;
+  v1 = a1 * s1 + a2 * v3;
+  v2 = s2 + a2 * s1 + a3 * v3;
+  s1 = 2.0 * v1 - s1, s2 = 2.0 * v2 - s2;
+}
+
+}  // namespace
+
+template <class Isa>
+void FilterElement::renderWith(float* buf, int frames) {
   if (frames <= 0) return;
   const int ramped = std::min(frames, rampLeft_);
-  filter(buf, ramped);
+  filter<Isa>(buf, ramped);
   rampLeft_ -= ramped;
   if (rampLeft_ == 0) {
     // The span is over: its set holds exactly (not the sum of the steps) until the next aim.
     current_ = target_;
     step_ = Coefficients{0.0, 0.0, 0.0, 0.0, 0.0};
   }
-  filter(buf + ramped, frames - ramped);
+  filter<Isa>(buf + ramped, frames - ramped);
 }
 
+template <class Isa>
 void FilterElement::filter(float* buf, int frames) {
   const Coefficients d = step_;
   double g = current_.g, k = current_.k, m0 = current_.m0, m1 = current_.m1, m2 = current_.m2;
@@ -184,5 +201,7 @@ void FilterElement::filter(float* buf, int frames) {
   current_.g = g, current_.k = k, current_.m0 = m0, current_.m1 = m1, current_.m2 = m2;
   s1_ = s1, s2_ = s2, y1_ = y1, y2_ = y2;
 }
+
+template void FilterElement::renderWith<isa::Compiled>(float*, int);
 
 }  // namespace ziv

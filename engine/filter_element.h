@@ -29,6 +29,8 @@
 // frequency and damping; Q is floored at 1e-7.
 #pragma once
 
+#include "engine/isa.h"
+
 namespace ziv {
 
 class FilterElement {
@@ -75,6 +77,10 @@ class FilterElement {
   float frequencyHz() const;
 
  private:
+  // render() with the kernels of one instruction set (engine/isa.h).
+  template <class Isa>
+  void renderWith(float* buf, int frames);
+
   // g = tan(w0 / 2) (the integrators' gain), k = 1 / Q (the damping) and the output mix of
   // input, band-pass and low-pass.
   struct Coefficients {
@@ -84,6 +90,7 @@ class FilterElement {
   static Coefficients design(int shape, double g, double q, double gain, double shelfFactor);
 
   // Filters buf[0..frames) in place, moving the coefficients by step_ per sample.
+  template <class Isa>
   void filter(float* buf, int frames);
   void flushTinyStates();
 
@@ -104,5 +111,9 @@ class FilterElement {
   double fadeA1_ = 0.0, fadeA2_ = 0.0, fadeA3_ = 0.0, fadeM1_ = 0.0, fadeM2_ = 0.0;
   double fadeS1_ = 0.0, fadeS2_ = 0.0;
 };
+
+// Compiled once per instruction set, in filter_element.cpp (engine/isa.h).
+extern template void FilterElement::renderWith<isa::Baseline>(float*, int);
+extern template void FilterElement::renderWith<isa::Avx2>(float*, int);
 
 }  // namespace ziv

@@ -8,9 +8,16 @@
 #include <iterator>
 
 #include "engine/fir_design.h"
+#include "engine/isa.h"
 #include "engine/shaper_curves.h"
 
 namespace ziv {
+
+// The coefficients, designed once (see filters()).
+struct ShaperFilters {
+  float half[3];  // the half-sample interpolator's outer, middle and inner tap pairs
+  float down[9];  // the decimator's taps 0..8 (8 is the centre; 9..16 mirror 7..0)
+};
 
 namespace {
 
@@ -18,6 +25,12 @@ using shaping::curve;
 using shaping::curveIntegral2;
 using shaping::kTwoPiD;
 using shaping::spanMean;
+
+}  // namespace
+
+#ifndef ZIV_AVX2_PASS
+
+namespace {
 
 // The oversampling filters' bands, as fractions of the base rate. Both filters are flat up to
 // kPassEdge. The interpolator's error weighs kLowWeight times more below kLowEdge: the images of
@@ -33,12 +46,6 @@ constexpr double kStopEdge = 0.5;
 constexpr double kNearStopWeight = 30.0;
 constexpr double kFarStopEdge = 0.773;
 constexpr double kFarStopWeight = 1000.0;
-
-// The coefficients, designed once (see filters()).
-struct ShaperFilters {
-  float half[3];  // the half-sample interpolator's outer, middle and inner tap pairs
-  float down[9];  // the decimator's taps 0..8 (8 is the centre; 9..16 mirror 7..0)
-};
 
 // Amplitude of the second-order antiderivative step for a straight-line curve: it takes the
 // mean of three consecutive double-rate samples. The decimator divides it out in its pass band,
@@ -89,24 +96,9 @@ constexpr double kFoldMaxGain = 8.0;
 constexpr double kCrushMaxLevels = 32.0;  // levels per unit at drive 0
 constexpr double kCrushMinLevels = 2.0;   // at drive 1
 
-// Below this step between double-rate inputs the antiderivative quotients lose precision (their
-// rounding error grows as the inverse square of the steps); the exact limits for coinciding
-// inputs, or the curve at the inputs' mean, are used instead (see shapeSteps).
-constexpr double kAdaaMinStep = 1e-4;
-// A piece whose inputs all stay within kAdaaMinStep / kAllNarrowMargin of zero has only narrow
-// steps: a step is at most twice the largest input, and the margin's other factor of two covers
-// the rounding of the gain ramp that the largest input is estimated from.
-constexpr double kAllNarrowMargin = 4.0;
-
-// The periodic curves' input is clamped to this magnitude, far beyond any level a voice reaches,
-// so that every argument they reduce stays within 32-bit integers for floorSmall.
-constexpr float kInputLimit = 1.0e4f;
-
 }  // namespace
 
-Shaper::Shaper() {
-  filters();
-}
+Shaper::Shaper() : filters_(&filters()) {}
 
 void Shaper::reset() {
   std::fill(std::begin(history_), std::end(history_), 0.0f);
@@ -153,7 +145,83 @@ double Shaper::transfer(int mode, float drive, double x) {
   }
 }
 
+double Shaper::antiderivative2(int mode, double u) {
+  switch (mode) {
+    case kShaperSine:
+      return curveIntegral2<kShaperSine>(u);
+    case kShaperCrush:
+      return curveIntegral2<kShaperCrush>(u);
+    case kShaperFold:
+      return curveIntegral2<kShaperFold>(u);
+    default:
+      return curveIntegral2<kShaperClip>(u);
+  }
+}
+
+void Shaper::aim(int frames, int mode, float drive, float mix) {
+  if (frames <= 0) return;
+  if (mode < kShaperClip || mode > kShaperFold) mode = kShaperClip;
+  mix = std::min(std::max(mix, 0.0f), 1.0f);
+  drive = std::min(std::max(drive, 0.0f), 1.0f);
+  if (!started_) {
+    started_ = true;
+    mode_ = mode;
+    drive_ = drive;
+    mix_ = mix;
+    target_ = curveFor(mode, drive);
+    spanLength_ = 0;
+    spanDone_ = 0;
+  }
+  // Where the rendered samples left the ramps: at the span's end, exactly its targets.
+  const int left = spanLength_ - spanDone_;
+  Curve from{mode_, target_.inputGain - left * gainStep_, target_.outputGain - left * outputStep_};
+  const float mix0 = mix_ - left * mixStep_;
+  if (mode != mode_) {
+    // The antiderivative state belongs to the curve: restate it for the new one, which starts
+    // from the drive last aimed at.
+    for (int k = 0; k < 2; ++k) lastF_[k] = antiderivative2(mode, lastU_[k]);
+    from = curveFor(mode, drive_);
+  }
+  const Curve to = mode == mode_ && drive == drive_ ? target_ : curveFor(mode, drive);
+  mode_ = mode;
+  drive_ = drive;
+  mix_ = mix;
+  target_ = to;
+
+  const double inv = 1.0 / frames;
+  gainStart_ = from.inputGain;
+  gainStep_ = (to.inputGain - from.inputGain) * inv;
+  outputStart_ = static_cast<float>(from.outputGain);
+  outputStep_ = static_cast<float>((to.outputGain - from.outputGain) * inv);
+  mixStart_ = mix0;
+  mixStep_ = (mix - mix0) / static_cast<float>(frames);
+  bypass_ = mix0 <= 0.0f && mix <= 0.0f;
+  spanLength_ = frames;
+  spanDone_ = 0;
+}
+
+void Shaper::render(float* buf, int frames) {
+  isa::dispatch([&](auto isa) { renderWith<decltype(isa)>(buf, frames); });
+}
+
+#endif  // ZIV_AVX2_PASS
+
+// --- Rendering, compiled for each instruction set (engine/isa.h) ---
+
 namespace {
+
+// Below this step between double-rate inputs the antiderivative quotients lose precision (their
+// rounding error grows as the inverse square of the steps); the exact limits for coinciding
+// inputs, or the curve at the inputs' mean, are used instead (see shapeSteps).
+constexpr double kAdaaMinStep = 1e-4;
+// A piece whose inputs all stay within kAdaaMinStep / kAllNarrowMargin of zero has only narrow
+// steps: a step is at most twice the largest input, and the margin's other factor of two covers
+// the rounding of the gain ramp that the largest input is estimated from.
+constexpr double kAllNarrowMargin = 4.0;
+
+// The periodic curves' input is clamped to this magnitude, far beyond any level a voice reaches,
+// so that every argument they reduce stays within 32-bit integers for floorSmall.
+constexpr float kInputLimit = 1.0e4f;
 
 // The shaped value where both steps behind a sample are too narrow for the quotient: the curve
 // at the mean of its three inputs, exact to the square of the steps.
@@ -220,22 +288,9 @@ int shapeSteps(const double* u, double* integral, int n, float* shaped) {
 
 }  // namespace
 
-double Shaper::antiderivative2(int mode, double u) {
-  switch (mode) {
-    case kShaperSine:
-      return curveIntegral2<kShaperSine>(u);
-    case kShaperCrush:
-      return curveIntegral2<kShaperCrush>(u);
-    case kShaperFold:
-      return curveIntegral2<kShaperFold>(u);
-    default:
-      return curveIntegral2<kShaperClip>(u);
-  }
-}
-
-template <int kMode>
+template <class Isa, int kMode>
 void Shaper::shapeSpan(const float* line, int count, const Gains& gains, float* wet) {
-  const ShaperFilters& f = filters();
+  const ShaperFilters& f = *filters_;
   const float h0 = f.half[0], h1 = f.half[1], h2 = f.half[2];
   // Double-rate samples, each array led by the previous piece's last two.
   double u[2 * kMaxBlock + 2];
@@ -341,7 +396,7 @@ void Shaper::shapeSpan(const float* line, int count, const Gains& gains, float* 
   }
 }
 
-template <int kMode>
+template <class Isa, int kMode>
 void Shaper::renderWet(const float* line, float* buf, int frames) {
   if (!wetRunning_) {
     // Re-prime the chain over the recent input so it continues as if it had never stopped.
@@ -350,13 +405,13 @@ void Shaper::renderWet(const float* line, float* buf, int frames) {
     std::fill(std::begin(lastU_), std::end(lastU_), 0.0);
     std::fill(std::begin(lastF_), std::end(lastF_), 0.0);
     const Gains still{gainStart_, 0.0, outputStart_, 0.0f, 0};
-    shapeSpan<kMode>(line + kHistory - kPrimeSamples, kPrimeSamples, still, nullptr);
+    shapeSpan<Isa, kMode>(line + kHistory - kPrimeSamples, kPrimeSamples, still, nullptr);
     wetRunning_ = true;
   }
 
   float wet[kMaxBlock];
   const Gains gains{gainStart_, gainStep_, outputStart_, outputStep_, spanDone_};
-  shapeSpan<kMode>(line + kHistory, frames, gains, wet);
+  shapeSpan<Isa, kMode>(line + kHistory, frames, gains, wet);
   for (int i = 0; i < frames; ++i) {
     const float dry = line[kHistory + i - kLatency];
     const float m = mixStart_ + static_cast<float>(spanDone_ + i + 1) * mixStep_;
@@ -364,60 +419,20 @@ void Shaper::renderWet(const float* line, float* buf, int frames) {
   }
 }
 
-void Shaper::aim(int frames, int mode, float drive, float mix) {
-  if (frames <= 0) return;
-  if (mode < kShaperClip || mode > kShaperFold) mode = kShaperClip;
-  mix = std::min(std::max(mix, 0.0f), 1.0f);
-  drive = std::min(std::max(drive, 0.0f), 1.0f);
-  if (!started_) {
-    started_ = true;
-    mode_ = mode;
-    drive_ = drive;
-    mix_ = mix;
-    target_ = curveFor(mode, drive);
-    spanLength_ = 0;
-    spanDone_ = 0;
-  }
-  // Where the rendered samples left the ramps: at the span's end, exactly its targets.
-  const int left = spanLength_ - spanDone_;
-  Curve from{mode_, target_.inputGain - left * gainStep_, target_.outputGain - left * outputStep_};
-  const float mix0 = mix_ - left * mixStep_;
-  if (mode != mode_) {
-    // The antiderivative state belongs to the curve: restate it for the new one, which starts
-    // from the drive last aimed at.
-    for (int k = 0; k < 2; ++k) lastF_[k] = antiderivative2(mode, lastU_[k]);
-    from = curveFor(mode, drive_);
-  }
-  const Curve to = mode == mode_ && drive == drive_ ? target_ : curveFor(mode, drive);
-  mode_ = mode;
-  drive_ = drive;
-  mix_ = mix;
-  target_ = to;
-
-  const double inv = 1.0 / frames;
-  gainStart_ = from.inputGain;
-  gainStep_ = (to.inputGain - from.inputGain) * inv;
-  outputStart_ = static_cast<float>(from.outputGain);
-  outputStep_ = static_cast<float>((to.outputGain - from.outputGain) * inv);
-  mixStart_ = mix0;
-  mixStep_ = (mix - mix0) / static_cast<float>(frames);
-  bypass_ = mix0 <= 0.0f && mix <= 0.0f;
-  spanLength_ = frames;
-  spanDone_ = 0;
-}
-
-void Shaper::render(float* buf, int frames) {
+template <class Isa>
+void Shaper::renderWith(float* buf, int frames) {
   while (frames > 0) {
     // Past the aimed span: a span that holds its targets.
     if (spanDone_ == spanLength_) aim(kMaxBlock, mode_, drive_, mix_);
     const int n = std::min(std::min(frames, spanLength_ - spanDone_), kMaxBlock);
-    renderPiece(buf, n);
+    renderPiece<Isa>(buf, n);
     spanDone_ += n;
     buf += n;
     frames -= n;
   }
 }
 
+template <class Isa>
 void Shaper::renderPiece(float* buf, int frames) {
   // The input as one line: the history, oldest first, then this piece.
   float line[kHistory + kMaxBlock];
@@ -433,18 +448,20 @@ void Shaper::renderPiece(float* buf, int frames) {
   }
   switch (mode_) {
     case kShaperSine:
-      renderWet<kShaperSine>(line, buf, frames);
+      renderWet<Isa, kShaperSine>(line, buf, frames);
       break;
     case kShaperCrush:
-      renderWet<kShaperCrush>(line, buf, frames);
+      renderWet<Isa, kShaperCrush>(line, buf, frames);
       break;
     case kShaperFold:
-      renderWet<kShaperFold>(line, buf, frames);
+      renderWet<Isa, kShaperFold>(line, buf, frames);
       break;
     default:
-      renderWet<kShaperClip>(line, buf, frames);
+      renderWet<Isa, kShaperClip>(line, buf, frames);
       break;
   }
 }
+
+template void Shaper::renderWith<isa::Compiled>(float*, int);
 
 }  // namespace ziv

@@ -38,8 +38,12 @@
 #pragma once
 
 #include "engine/dsp.h"
+#include "engine/isa.h"
 
 namespace ziv {
+
+// The oversampling filters' coefficients, designed once for every shaper (shaper.cpp).
+struct ShaperFilters;
 
 enum ShaperMode { kShaperClip = 0, kShaperSine = 1, kShaperCrush = 2, kShaperFold = 3 };
 
@@ -74,6 +78,10 @@ class Shaper {
   static double transfer(int mode, float drive, double x);
 
  private:
+  // render() with the kernels of one instruction set (engine/isa.h).
+  template <class Isa>
+  void renderWith(float* buf, int frames);
+
   static constexpr int kHalfTaps = 6;   // the interpolator's half-sample branch
   static constexpr int kDownTaps = 17;  // the decimator, centre tap 8
   // Base-rate input history: the dry delay and enough past input to re-prime the oversampling
@@ -107,15 +115,17 @@ class Shaper {
   // double-rate sample of each pair takes the input gain's mid point; wet[i], when wet is not
   // null, receives the decimated sample i times the output gain after it. The curve is a template
   // argument so each mode's loops inline it.
-  template <int kMode>
+  template <class Isa, int kMode>
   void shapeSpan(const float* line, int count, const Gains& gains, float* wet);
   // Shapes one piece of at most kMaxBlock samples of the span into buf.
+  template <class Isa>
   void renderPiece(float* buf, int frames);
   // The shaped (mix above 0) path over one piece, re-priming the chain first after a bypass; line
   // holds kHistory samples of input history, then the piece.
-  template <int kMode>
+  template <class Isa, int kMode>
   void renderWet(const float* line, float* buf, int frames);
 
+  const ShaperFilters* filters_;  // the oversampling filters, shared by every shaper
   float sampleRate_ = 44100.0f;
   bool started_ = false;
   bool wetRunning_ = false;  // false while bypassed: the chain is re-primed before use
@@ -147,5 +157,9 @@ class Shaper {
   // the values.
   bool quiet_ = false;
 };
+
+// Compiled once per instruction set, in shaper.cpp (engine/isa.h).
+extern template void Shaper::renderWith<isa::Baseline>(float*, int);
+extern template void Shaper::renderWith<isa::Avx2>(float*, int);
 
 }  // namespace ziv

@@ -2,7 +2,9 @@
 // u = 0), and the shaped value where the antiderivative quotient's steps are too small for its
 // precision. One template instantiation per mode, inline, so that the shaper's span loops inline
 // and vectorise them. Limits: the periodic curves reduce their argument with floorSmall, exact
-// only below 2^31 in magnitude (the shaper clamps its input far below that).
+// only below 2^31 in magnitude (the shaper clamps its input far below that). Internal linkage:
+// shaper.cpp, their one user, is compiled once per instruction set (engine/isa.h), and each
+// pass must keep its own copies.
 #pragma once
 
 #include <algorithm>
@@ -12,6 +14,7 @@
 #include "engine/shaper.h"
 
 namespace ziv::shaping {
+namespace {
 
 constexpr double kTwoPiD = 6.283185307179586;
 
@@ -135,4 +138,5 @@ double spanMean(double u0, double u1, double u2, double g0, double g1, double g2
   return curve<kMode>((u0 + u1 + u2) / 3.0);
 }
 
+}  // namespace
 }  // namespace ziv::shaping

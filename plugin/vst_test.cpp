@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "engine/denormals.h"
+#include "engine/isa.h"
 #include "programs/data_folder.h"
 #include "programs/factory_bank.h"
 #include "programs/program_files.h"
@@ -349,6 +350,7 @@ vst2::VstIntPtr VstTest::vendorSpecific(vst2::VstInt32 lArg, vst2::VstIntPtr lAr
   (void)ptrArg;
   (void)floatArg;
   if (lArg == kNoProgramChangeCode) noProgramChange_ = true;
+  if (lArg == kCodePathCode) return isa::chosen() == isa::Path::kAvx2 ? 2 : 1;
   return 0;
 }
 

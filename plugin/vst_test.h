@@ -37,6 +37,9 @@ class VstTest : public VstTestModule, private ProgramTarget {
   static constexpr int kProgramCount = kBankProgramCount;
   // Sent by a host through vendorSpecific to switch MIDI program changes off for good.
   static constexpr vst2::VstInt32 kNoProgramChangeCode = 0x73486921;
+  // Asked by a host through vendorSpecific: the answer is 1 when the audio kernels run their
+  // baseline code, 2 when they run the AVX2/FMA code (engine/isa.h).
+  static constexpr vst2::VstInt32 kCodePathCode = 0x7a495341;
   static constexpr vst2::VstInt32 kVersion = 0x0002000C;
 
   VstTest(vst2::AudioMasterCallback audioMaster, std::unique_ptr<SynthEngine> engine);

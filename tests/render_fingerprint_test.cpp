@@ -8,8 +8,8 @@
 //
 //   VRNZIV_WRITE_FINGERPRINTS=1 build/tests/ziv_tests --gtest_filter='RenderFingerprint.*'
 //
-// and commit it with the change. Two renders made in one process (for example one per code path
-// of the engine) need no fingerprint: differenceDb(render(c), other) compares them exactly.
+// and commit it with the change. Two renders made in one process (the two code paths of the
+// engine, for one) need no fingerprint: differenceDb(render(c), other) compares them exactly.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -27,6 +27,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/isa.h"
 #include "engine/voice_filter.h"
 #include "test_host.h"
 
@@ -357,6 +358,21 @@ TEST(RenderFingerprint, EstimateFollowsTheExactDifference) {
 TEST(RenderFingerprint, RendersRepeatExactly) {
   const RenderCase& c = kCases[5];
   EXPECT_EQ(differenceDb(render(c), render(c)), -std::numeric_limits<double>::infinity());
+}
+
+// The baseline and the AVX2/FMA kernels (engine/isa.h) compute the same samples, bit for bit:
+// both are built without fused multiply-adds, and vectorising reorders no arithmetic.
+TEST(RenderFingerprint, BothCodePathsRenderTheSame) {
+  if (!isa::avx2Supported()) GTEST_SKIP() << "this processor has no AVX2 and FMA";
+  const isa::Path chosen = isa::chosen();
+  for (const RenderCase& c : kCases) {
+    isa::choose(isa::Path::kBaseline);
+    const StereoRender baseline = render(c);
+    isa::choose(isa::Path::kAvx2);
+    EXPECT_EQ(isa::chosen(), isa::Path::kAvx2);
+    EXPECT_EQ(differenceDb(baseline, render(c)), -std::numeric_limits<double>::infinity()) << c.program;
+  }
+  isa::choose(chosen);
 }
 
 }  // namespace

@@ -6,9 +6,13 @@
 #include <iterator>
 
 #include "engine/dsp.h"
+#include "engine/isa.h"
 #include "engine/oscillators/pitch.h"
 
 namespace ziv {
+
+#ifndef ZIV_AVX2_PASS
+
 namespace {
 
 // Relative phase (saw) or width swing (pulse) per unit of shape, and the pulse's centre width.
@@ -49,22 +53,6 @@ void SawPulseOscillator::start(double phase) {
 void SawPulseOscillator::resetEdge() {
   offsetCycle_ = std::floor(value_.offset);
   edgePending_ = !(frac(value_.offset) + slavePhase_ > 1.0);
-}
-
-void SawPulseOscillator::addStep(double height, double samplesAgo) {
-  const double x = std::clamp(samplesAgo * BlepTable::kPhases, 0.0, BlepTable::kPhases - 1.0);
-  const int r = static_cast<int>(x);
-  const float u = static_cast<float>(x - r);
-  const float h = static_cast<float>(height);
-  const float h0 = h * (1.0f - u);
-  const float h1 = h * u;
-  const float* row0 = table_->row(r);
-  const float* row1 = table_->row(r + 1);
-  // The ring is split where it wraps so both loops run over contiguous memory.
-  const int first = kRingSize - correctionIndex_;
-  float* tail = correction_ + correctionIndex_;
-  for (int k = 0; k < first; ++k) tail[k] += h0 * row0[k] + h1 * row1[k];
-  for (int k = first; k < kRingSize; ++k) correction_[k - first] += h0 * row0[k] + h1 * row1[k];
 }
 
 void SawPulseOscillator::aim(int frames, float pitch, float gain, int mode, float shape, double ratio,
@@ -125,7 +113,7 @@ void SawPulseOscillator::prime(const Ramped& from) {
   step_ = {};
   resetEdge();
   float scratch[kPrimeSamples] = {};
-  play(scratch, kPrimeSamples, from.ratio != 1.0);
+  play<isa::Baseline>(scratch, kPrimeSamples, from.ratio != 1.0);
 }
 
 // A silent span renders nothing: its phases and values follow from where it started and the
@@ -148,11 +136,37 @@ void SawPulseOscillator::settle() {
 }
 
 void SawPulseOscillator::render(float* out, int frames) {
+  isa::dispatch([&](auto isa) { renderWith<decltype(isa)>(out, frames); });
+}
+
+#endif  // ZIV_AVX2_PASS
+
+// --- Rendering, compiled for each instruction set (engine/isa.h) ---
+
+template <class Isa>
+void SawPulseOscillator::addStep(double height, double samplesAgo) {
+  const double x = std::clamp(samplesAgo * BlepTable::kPhases, 0.0, BlepTable::kPhases - 1.0);
+  const int r = static_cast<int>(x);
+  const float u = static_cast<float>(x - r);
+  const float h = static_cast<float>(height);
+  const float h0 = h * (1.0f - u);
+  const float h1 = h * u;
+  const float* row0 = table_->row(r);
+  const float* row1 = table_->row(r + 1);
+  // The ring is split where it wraps so both loops run over contiguous memory.
+  const int first = kRingSize - correctionIndex_;
+  float* tail = correction_ + correctionIndex_;
+  for (int k = 0; k < first; ++k) tail[k] += h0 * row0[k] + h1 * row1[k];
+  for (int k = first; k < kRingSize; ++k) correction_[k - first] += h0 * row0[k] + h1 * row1[k];
+}
+
+template <class Isa>
+void SawPulseOscillator::renderWith(float* out, int frames) {
   while (frames > 0) {
     // Past the aimed span: a span that holds its targets.
     if (spanLeft_ == 0) aimAt(kMaxBlock, target_, false);
     const int n = std::min(frames, spanLeft_);
-    if (!silent_) play(out, n, synced_);
+    if (!silent_) play<Isa>(out, n, synced_);
     spanLeft_ -= n;
     if (spanLeft_ == 0) settle();
     out += n;
@@ -160,15 +174,16 @@ void SawPulseOscillator::render(float* out, int frames) {
   }
 }
 
+template <class Isa>
 void SawPulseOscillator::play(float* out, int frames, bool synced) {
   if (synced) {
-    run<true>(out, frames);
+    run<Isa, true>(out, frames);
   } else {
-    run<false>(out, frames);
+    run<Isa, false>(out, frames);
   }
 }
 
-template <bool kSync>
+template <class Isa, bool kSync>
 void SawPulseOscillator::run(float* out, int frames) {
   const double dcPerStep = table_->dcPerStep();
   double f = value_.frequency, r = value_.ratio, o = value_.offset, polarity = value_.polarity,
@@ -200,7 +215,7 @@ void SawPulseOscillator::run(float* out, int frames) {
     if (edgePending && slave + q > 1.0) {
       const double t = (slave + q - 1.0) / (slaveInc + dO);
       if (!kSync || !((master - 1.0) / f >= t)) {
-        addStep(polarity, t);
+        addStep<Isa>(polarity, t);
         edgePending = false;
       }
     }
@@ -209,7 +224,7 @@ void SawPulseOscillator::run(float* out, int frames) {
       const double t = (slave - 1.0) / slaveInc;
       if (!kSync || !((master - 1.0) / f >= t)) {
         slave -= 1.0;
-        addStep(1.0, t);
+        addStep<Isa>(1.0, t);
         edgePending = true;
       }
     }
@@ -225,9 +240,9 @@ void SawPulseOscillator::run(float* out, int frames) {
       const double t = master / f;
       const double aSynced = slave;
       double bSynced = (slave + q) * polarity;
-      addStep(a + b - aSynced - bSynced, t);
+      addStep<Isa>(a + b - aSynced - bSynced, t);
       if (slave + q > 1.0) {
-        addStep(polarity, (slave + q - 1.0) / (slaveInc + dO));
+        addStep<Isa>(polarity, (slave + q - 1.0) / (slaveInc + dO));
         edgePending = false;
         bSynced = (slave + q - 1.0) * polarity;
       }
@@ -250,5 +265,7 @@ void SawPulseOscillator::run(float* out, int frames) {
   edgePending_ = edgePending;
   offsetCycle_ = offsetCycle;
 }
+
+template void SawPulseOscillator::renderWith<isa::Compiled>(float*, int);
 
 }  // namespace ziv

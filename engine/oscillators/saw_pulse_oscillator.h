@@ -19,6 +19,7 @@
 // Limits: ratio at least 1 (sync only raises the pitch).
 #pragma once
 
+#include "engine/isa.h"
 #include "engine/oscillators/blep_table.h"
 #include "engine/oscillators/pitch.h"
 
@@ -53,6 +54,10 @@ class SawPulseOscillator {
   void render(float* out, int frames);
 
  private:
+  // render() with the kernels of one instruction set (engine/isa.h).
+  template <class Isa>
+  void renderWith(float* out, int frames);
+
   // The values that ramp across a span; frequency in cycles per sample.
   struct Ramped {
     double frequency, ratio, offset, polarity, gain;
@@ -62,10 +67,12 @@ class SawPulseOscillator {
   void prime(const Ramped& from);
   void settle();
   void resetEdge();
+  template <class Isa>
   void addStep(double height, double samplesAgo);
+  template <class Isa>
   void play(float* out, int frames, bool synced);
   // The per-sample loop; kSync false leaves the master out (ratio exactly 1 throughout).
-  template <bool kSync>
+  template <class Isa, bool kSync>
   void run(float* out, int frames);
 
   const BlepTable* table_;
@@ -89,5 +96,9 @@ class SawPulseOscillator {
   bool silent_ = true;  // the span adds nothing, it only advances the phases
   bool synced_ = false;
 };
+
+// Compiled once per instruction set, in saw_pulse_oscillator.cpp (engine/isa.h).
+extern template void SawPulseOscillator::renderWith<isa::Baseline>(float*, int);
+extern template void SawPulseOscillator::renderWith<isa::Avx2>(float*, int);
 
 }  // namespace ziv

@@ -5,9 +5,12 @@
 #include <cmath>
 
 #include "engine/dsp.h"
+#include "engine/isa.h"
 #include "engine/oscillators/pitch.h"
 
 namespace ziv {
+
+#ifndef ZIV_AVX2_PASS
 namespace {
 
 constexpr float kPoints[] = {0.0f, 1.0f, 0.0f, -1.0f};
@@ -86,6 +89,15 @@ void SubOscillator::settle() {
 }
 
 void SubOscillator::render(float* out, int frames) {
+  isa::dispatch([&](auto isa) { renderWith<decltype(isa)>(out, frames); });
+}
+
+#endif  // ZIV_AVX2_PASS
+
+// --- Rendering, compiled for each instruction set (engine/isa.h) ---
+
+template <class Isa>
+void SubOscillator::renderWith(float* out, int frames) {
   while (frames > 0) {
     // Past the aimed span: a span that holds its targets.
     if (spanLeft_ == 0) aimAt(kMaxBlock, targetFrequency_, targetGain_);
@@ -115,5 +127,7 @@ void SubOscillator::render(float* out, int frames) {
     frames -= n;
   }
 }
+
+template void SubOscillator::renderWith<isa::Compiled>(float*, int);
 
 }  // namespace ziv

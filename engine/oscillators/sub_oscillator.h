@@ -14,6 +14,7 @@
 
 #include <limits>
 
+#include "engine/isa.h"
 #include "engine/oscillators/pitch.h"
 
 namespace ziv {
@@ -41,6 +42,10 @@ class SubOscillator {
   double phase() const { return phase_; }
 
  private:
+  // render() with the kernels of one instruction set (engine/isa.h).
+  template <class Isa>
+  void renderWith(float* out, int frames);
+
   static constexpr int kSegments = 4;  // quarter cycles
 
   void aimAt(int frames, double frequency, double gain);
@@ -61,5 +66,9 @@ class SubOscillator {
   int spanLength_ = 0;  // frames of a silent span since its phase was last brought up to date
   bool silent_ = true;  // the span adds nothing, it only advances the phase
 };
+
+// Compiled once per instruction set, in sub_oscillator.cpp (engine/isa.h).
+extern template void SubOscillator::renderWith<isa::Baseline>(float*, int);
+extern template void SubOscillator::renderWith<isa::Avx2>(float*, int);
 
 }  // namespace ziv

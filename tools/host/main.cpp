@@ -155,7 +155,8 @@ bool editorScriptText(const HostOptions& options, std::string& script, std::stri
 
 int runEditorMode(const HostOptions& options, const std::string& pluginPath) {
   std::string error;
-  if (!isWindowsPlugin(pluginPath)) return fail("the editor is part of the Windows plug-in only: give a .dll");
+  if (!isWindowsPlugin(pluginPath))
+    return fail("the editor is part of the Windows plug-in only: give a .dll");
   std::string script;
   if (!editorScriptText(options, script, error)) return fail(error);
   const char* display = std::getenv("DISPLAY");
@@ -189,6 +190,7 @@ void printSummary(const HostOptions& options, const RenderResult& result) {
   } else {
     std::printf("plug-in CPU time below the clock's resolution\n");
   }
+  if (!result.codePath.empty()) std::printf("plug-in code path %s\n", result.codePath.c_str());
 }
 
 }  // namespace

@@ -62,6 +62,9 @@ class PluginDriver {
   // Selects a program inside effBeginSetProgram / effEndSetProgram, as hosts do.
   void setProgram(int index);
   std::string effectName();
+  // Which build of its audio code a Vrn ZIV plug-in runs ("baseline" or "AVX2/FMA"); empty for
+  // a plug-in that does not say.
+  std::string codePath();
 
   // Programs and state, as a DAW moves them for program and bank files.
   int uniqueId() const { return effect_ ? effect_->uniqueID : 0; }

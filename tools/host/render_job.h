@@ -50,6 +50,7 @@ struct RenderResult {
   std::vector<float> samples;  // interleaved stereo, 2 × frames values
   std::int64_t frames = 0;
   double pluginCpuSeconds = 0.0;  // thread CPU time spent inside effProcessEvents and processReplacing
+  std::string codePath;           // PluginDriver::codePath(), empty when the plug-in does not say
   std::vector<ParameterInfo> parameters;
   std::vector<std::string> programNames;
   FxImage savedImage;  // the state file image the job asked for

@@ -61,6 +61,7 @@ bool renderTrackMix(const RenderJob& job, const std::vector<MidiTrack>& tracks, 
     const std::size_t count = std::min(rendered.samples.size(), result.samples.size());
     for (std::size_t s = 0; s < count; ++s) result.samples[s] += gain * rendered.samples[s];
     result.pluginCpuSeconds += rendered.pluginCpuSeconds;
+    result.codePath = rendered.codePath;
     programs.push_back(track.name);
   }
   if (programs.empty()) {

@@ -33,6 +33,24 @@ render_and_check() {  # output-file rate [tempo] -- vrnhost arguments...
   "$WAV_CHECK" "$out" --frames "$(demo_frames "$rate" "$tempo")" --rate "$rate" --channels 2 --sound
 }
 
+# The plug-in's two builds of its audio code (baseline and AVX2/FMA) render the same samples; the
+# AVX2 one is chosen wherever the processor has it, the baseline when VRNZIV_ISA says so.
+check_code_paths() {  # prefix [vrnhost arguments...]
+  local prefix=$1
+  shift
+  local args=(--length 6 --format float --program-name "LEAD - Sync Scream" "$@")
+  VRNZIV_ISA=baseline "$VRNHOST" --out "$OUT_DIR/$prefix-baseline.wav" "${args[@]}" >"$OUT_DIR/$prefix-baseline.txt"
+  "$VRNHOST" --out "$OUT_DIR/$prefix-chosen.wav" "${args[@]}" >"$OUT_DIR/$prefix-chosen.txt"
+  grep -qx 'plug-in code path baseline' "$OUT_DIR/$prefix-baseline.txt" \
+    || fail "VRNZIV_ISA=baseline did not give the baseline code: $(grep 'code path' "$OUT_DIR/$prefix-baseline.txt")"
+  local expected=baseline
+  if grep -qw avx2 /proc/cpuinfo && grep -qw fma /proc/cpuinfo; then expected=AVX2/FMA; fi
+  grep -qx "plug-in code path $expected" "$OUT_DIR/$prefix-chosen.txt" \
+    || fail "expected the $expected code: $(grep 'code path' "$OUT_DIR/$prefix-chosen.txt")"
+  echo "chosen: $expected"
+  "$WAV_CHECK" --compare "$OUT_DIR/$prefix-baseline.wav" "$OUT_DIR/$prefix-chosen.wav" --max-diff 0
+}
+
 # Runs vrnhost expecting failure with exactly one line on stderr that starts with "vrnhost: ".
 expect_refusal() {
   local description=$1
@@ -82,6 +100,9 @@ case "$1" in
     ;;
   render-so)
     render_and_check "$OUT_DIR/so.wav" 44100 120 "$PLUGIN_SO"
+    ;;
+  code-paths-so)
+    check_code_paths so "$PLUGIN_SO"
     ;;
   block-4096-so)
     render_and_check "$OUT_DIR/so-4096.wav" 44100 120 --block 4096 "$PLUGIN_SO"
@@ -176,6 +197,10 @@ case "$1" in
       cmp "$OUT_DIR/so-programs/factory.fxb" "$OUT_DIR/dll-programs/factory.fxb" \
         || fail "the .dll's bank differs from the .so's"
     fi
+    ;;
+  code-paths-dll)
+    need_windows_build
+    check_code_paths dll --win-host "$WIN_BUILD_DIR" "$WIN_BUILD_DIR/VrnZIV.dll"
     ;;
   so-dll-agree)
     "$WAV_CHECK" --compare "$OUT_DIR/so.wav" "$OUT_DIR/dll.wav" --max-diff "$PLATFORM_MAX_DIFF"

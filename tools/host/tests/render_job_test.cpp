@@ -1,10 +1,10 @@
 // The job and result text forms are the contract between the Linux host and vrnhost.exe under
 // wine: whatever one side writes, the other must read back unchanged, and damage must be caught.
+#include "tools/host/render_job.h"
+
 #include <gtest/gtest.h>
 
 #include <sstream>
-
-#include "tools/host/render_job.h"
 
 namespace vrnhost {
 namespace {
@@ -90,6 +90,7 @@ TEST(RenderResultText, RoundTripsParametersAndStats) {
   RenderResult result;
   result.frames = 441000;
   result.pluginCpuSeconds = 0.0123456789;
+  result.codePath = "AVX2/FMA";
   result.parameters = {{0, "OSC 1: Waveform", "Saw"}, {25, "FILTER 1: Cutoff", "1.20 kHz"}, {3, "Empty", ""}};
   std::stringstream text;
   writeResultText(result, text);
@@ -98,6 +99,7 @@ TEST(RenderResultText, RoundTripsParametersAndStats) {
   while (std::getline(text, line)) EXPECT_TRUE(readResultLine(line, back)) << line;
   EXPECT_EQ(back.frames, result.frames);
   EXPECT_EQ(back.pluginCpuSeconds, result.pluginCpuSeconds);
+  EXPECT_EQ(back.codePath, "AVX2/FMA");
   ASSERT_EQ(back.parameters.size(), 3u);
   EXPECT_EQ(back.parameters[1].index, 25);
   EXPECT_EQ(back.parameters[1].display, "1.20 kHz");
