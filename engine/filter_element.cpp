@@ -118,8 +118,20 @@ void FilterElement::aim(int frames, int shape, float freqHz, float q, float gain
   rampLeft_ = frames;
 }
 
+bool FilterElement::moving() const {
+  const Coefficients& d = step_;
+  const bool ramping = d.g != 0.0 || d.k != 0.0 || d.m0 != 0.0 || d.m1 != 0.0 || d.m2 != 0.0;
+  return (ramping && rampLeft_ > 0) || crossfadeLeft_ > 0;
+}
+
 void FilterElement::render(float* buf, int frames) {
   isa::dispatch([&](auto isa) { renderWith<decltype(isa)>(buf, frames); });
+}
+
+void FilterElement::renderStereoPairs(FilterElement* const (&left)[2], FilterElement* const (&right)[2],
+                                      float* leftBuf, float* rightBuf, int frames) {
+  isa::dispatch(
+      [&](auto isa) { renderStereoPairsWith<decltype(isa)>(left, right, leftBuf, rightBuf, frames); });
 }
 
 #endif  // ZIV_AVX2_PASS
@@ -202,6 +214,68 @@ void FilterElement::filter(float* buf, int frames) {
   s1_ = s1, s2_ = s2, y1_ = y1, y2_ = y2;
 }
 
+template <class Isa>
+void FilterElement::renderStereoPairsWith(FilterElement* const (&left)[2], FilterElement* const (&right)[2],
+                                          float* leftBuf, float* rightBuf, int frames) {
+  FilterElement* const elements[4] = {left[0], left[1], right[0], right[1]};
+  bool still = true;
+  for (const FilterElement* e : elements) still = still && !e->moving();
+  if (!still) {
+    for (int k = 0; k < 2; ++k) left[k]->renderWith<Isa>(leftBuf, frames);
+    for (int k = 0; k < 2; ++k) right[k]->renderWith<Isa>(rightBuf, frames);
+    return;
+  }
+  if (frames <= 0) return;
+  filterStereoPairs<Isa>(elements, leftBuf, rightBuf, frames);
+  // What renderWith does at the end of a span, which changes nothing here but the bookkeeping.
+  for (FilterElement* e : elements) {
+    e->rampLeft_ -= std::min(frames, e->rampLeft_);
+    if (e->rampLeft_ == 0) {
+      e->current_ = e->target_;
+      e->step_ = Coefficients{0.0, 0.0, 0.0, 0.0, 0.0};
+    }
+  }
+}
+
+template <class Isa>
+void FilterElement::filterStereoPairs(FilterElement* const (&elements)[4], float* leftBuf, float* rightBuf,
+                                      int frames) {
+  // Each element's integrator gains and output mix, as filter() works them out, and its state.
+  struct Running {
+    double a1, a2, a3, m0, m1, m2, s1, s2, y1, y2;
+  };
+  Running run[4];
+  for (int e = 0; e < 4; ++e) {
+    const FilterElement& f = *elements[e];
+    const Coefficients& c = f.current_;
+    const double a1 = 1.0 / (1.0 + c.g * (c.g + c.k)), a2 = c.g * a1, a3 = c.g * a2;
+    run[e] = {a1, a2, a3, c.m0, c.m1, c.m2, f.s1_, f.s2_, f.y1_, f.y2_};
+  }
+  float* const bufs[2] = {leftBuf, rightBuf};
+  for (int i = 0; i < frames; ++i) {
+    for (int channel = 0; channel < 2; ++channel) {
+      float x = bufs[channel][i];
+      for (int stage = 0; stage < 2; ++stage) {
+        Running& r = run[2 * channel + stage];
+        double v1, v2;
+        tick(r.a1, r.a2, r.a3, x, r.s1, r.s2, v1, v2);
+        const double y = r.m0 * x + r.m1 * v1 + r.m2 * v2;
+        r.y2 = r.y1, r.y1 = y;
+        // Single precision between the stages, as the buffer holds it between two renders.
+        x = static_cast<float>(y);
+      }
+      bufs[channel][i] = x;
+    }
+  }
+  for (int e = 0; e < 4; ++e) {
+    FilterElement& f = *elements[e];
+    f.s1_ = run[e].s1, f.s2_ = run[e].s2, f.y1_ = run[e].y1, f.y2_ = run[e].y2;
+  }
+}
+
 template void FilterElement::renderWith<isa::Compiled>(float*, int);
+template void FilterElement::renderStereoPairsWith<isa::Compiled>(FilterElement* const (&)[2],
+                                                                  FilterElement* const (&)[2], float*, float*,
+                                                                  int);
 
 }  // namespace ziv

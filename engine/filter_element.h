@@ -68,6 +68,13 @@ class FilterElement {
   // Filters buf[0..frames) in place: the next samples of the aimed span. Same threads as aim.
   void render(float* buf, int frames);
 
+  // Two channels, each through two elements in series: left through left[0] then left[1], right
+  // likewise (the master EQ's shelves). The same samples as the four render() calls; while no
+  // element ramps or crossfades, one pass carries the four recursions side by side, so their
+  // latencies overlap instead of adding up. Same threads as aim.
+  static void renderStereoPairs(FilterElement* const (&left)[2], FilterElement* const (&right)[2],
+                                float* leftBuf, float* rightBuf, int frames);
+
   // True when the two most recent outputs are at most the silence threshold (kSilence). Audio
   // thread, or any thread while the engine does not render.
   bool isSilent() const;
@@ -77,9 +84,19 @@ class FilterElement {
   float frequencyHz() const;
 
  private:
-  // render() with the kernels of one instruction set (engine/isa.h).
+  // render() and renderStereoPairs() with the kernels of one instruction set (engine/isa.h).
   template <class Isa>
   void renderWith(float* buf, int frames);
+  template <class Isa>
+  static void renderStereoPairsWith(FilterElement* const (&left)[2], FilterElement* const (&right)[2],
+                                    float* leftBuf, float* rightBuf, int frames);
+  // The samples of renderStereoPairs over a piece in which all four elements hold their
+  // coefficients: `elements` is left[0], left[1], right[0], right[1].
+  template <class Isa>
+  static void filterStereoPairs(FilterElement* const (&elements)[4], float* leftBuf, float* rightBuf,
+                                int frames);
+  // The coefficients move within the span (a ramp), or a restart's crossfade is still running.
+  bool moving() const;
 
   // g = tan(w0 / 2) (the integrators' gain), k = 1 / Q (the damping) and the output mix of
   // input, band-pass and low-pass.
@@ -115,5 +132,11 @@ class FilterElement {
 // Compiled once per instruction set, in filter_element.cpp (engine/isa.h).
 extern template void FilterElement::renderWith<isa::Baseline>(float*, int);
 extern template void FilterElement::renderWith<isa::Avx2>(float*, int);
+extern template void FilterElement::renderStereoPairsWith<isa::Baseline>(FilterElement* const (&)[2],
+                                                                         FilterElement* const (&)[2], float*,
+                                                                         float*, int);
+extern template void FilterElement::renderStereoPairsWith<isa::Avx2>(FilterElement* const (&)[2],
+                                                                     FilterElement* const (&)[2], float*,
+                                                                     float*, int);
 
 }  // namespace ziv

@@ -81,8 +81,7 @@ struct DcBlockerRig : testing::SplitRig {
     for (DcBlocker& b : blockers) b.aim();
   }
   void render(float* left, float* right, int frames, bool) {
-    blockers[0].render(left, frames);
-    blockers[1].render(right, frames);
+    DcBlocker::renderPair(blockers[0], blockers[1], left, right, frames);
   }
   std::pair<bool, bool> state() const { return {blockers[0].isAtRest(), blockers[1].isAtRest()}; }
 };

@@ -362,23 +362,31 @@ TEST(MasterEq, ShelfGainsAt50HzAnd10kHzMatchTheCookbook) {
   }
 }
 
+// Each channel of the pair on its own: the left one carries an offset, the right one none.
 TEST(DcBlocker, RemovesAnOffsetAndKeepsTheAudioBand) {
-  DcBlocker dc;
-  dc.setSampleRate(kRate);
-  std::vector<float> buf(44100);
-  for (size_t i = 0; i < buf.size(); ++i)
-    buf[i] = 0.5f + 0.25f * static_cast<float>(std::sin(2.0 * kPiD * 1000.0 * i / kRate));
-  for (size_t i = 0; i < buf.size(); i += kMaxBlock)
-    dc.render(buf.data() + i, std::min<int>(kMaxBlock, buf.size() - i));
-  double mean = 0.0, peak = 0.0;
-  for (size_t i = buf.size() - 4410; i < buf.size(); ++i) {
-    mean += buf[i];
-    peak = std::max(peak, std::fabs(static_cast<double>(buf[i])));
+  DcBlocker left, right;
+  left.setSampleRate(kRate);
+  right.setSampleRate(kRate);
+  std::vector<float> buf(44100), quiet(buf.size());
+  for (size_t i = 0; i < buf.size(); ++i) {
+    quiet[i] = 0.25f * static_cast<float>(std::sin(2.0 * kPiD * 1000.0 * i / kRate));
+    buf[i] = 0.5f + quiet[i];
   }
-  EXPECT_NEAR(mean / 4410, 0.0, 1e-4);
-  EXPECT_NEAR(peak, 0.25, 0.003);
-  dc.reset();
-  EXPECT_TRUE(dc.isQuiet());
+  for (size_t i = 0; i < buf.size(); i += kMaxBlock) {
+    DcBlocker::renderPair(left, right, buf.data() + i, quiet.data() + i,
+                          std::min<int>(kMaxBlock, buf.size() - i));
+  }
+  for (const std::vector<float>* channel : {&buf, &quiet}) {
+    double mean = 0.0, peak = 0.0;
+    for (size_t i = buf.size() - 4410; i < buf.size(); ++i) {
+      mean += (*channel)[i];
+      peak = std::max(peak, std::fabs(static_cast<double>((*channel)[i])));
+    }
+    EXPECT_NEAR(mean / 4410, 0.0, 1e-4);
+    EXPECT_NEAR(peak, 0.25, 0.003);
+  }
+  left.reset();
+  EXPECT_TRUE(left.isQuiet());
 }
 
 // --- The chain ---

@@ -425,6 +425,55 @@ TEST(FilterElement, HoldsItsSettingsPastTheSpansEnd) {
   EXPECT_EQ(a, b);
 }
 
+// Two channels through two elements each in one pass give the samples of four render calls:
+// while the settings hold (the pass that runs the four side by side), while they ramp, after
+// restarts (crossfades) and across any cut of a span.
+TEST(FilterElement, StereoPairsRenderAsFourElements) {
+  Random r(7);
+  FilterElement apart[4], together[4];
+  for (int e = 0; e < 4; ++e) apart[e].setSampleRate(kRate), together[e].setSampleRate(kRate);
+  FilterElement* const togetherLeft[2] = {&together[0], &together[1]};
+  FilterElement* const togetherRight[2] = {&together[2], &together[3]};
+  const testing::SplitInput input = testing::soundAndSilence();
+  std::vector<float> apartLeft = input.left, apartRight = input.right;
+  std::vector<float> togetherLeftBuf = input.left, togetherRightBuf = input.right;
+  float freq[4] = {}, q[4] = {}, factor[4] = {};
+  int settled = 0;
+  for (std::size_t done = 0; done < input.left.size();) {
+    if (r.next() % 4 == 0) {
+      // New settings (a ramp), else the same again (settled spans); now and then a restart.
+      for (int e = 0; e < 4; ++e) {
+        freq[e] = 20000.0f * uniform(r, 0, 1) * uniform(r, 0, 1);
+        q[e] = uniform(r, 0.3f, 3.0f);
+        factor[e] = uniform(r, 0.1f, 3.1f);
+      }
+      if (r.next() % 4 == 0)
+        for (int e = 0; e < 4; ++e) apart[e].reset(), together[e].reset();
+    } else {
+      ++settled;
+    }
+    const int span = 1 + r.next() % kMaxBlock;
+    for (int e = 0; e < 4; ++e) {
+      const int shape = e % 2 == 0 ? FilterElement::kLowShelf : FilterElement::kHighShelf;
+      apart[e].aim(span, shape, freq[e], q[e], 0.9f, factor[e]);
+      together[e].aim(span, shape, freq[e], q[e], 0.9f, factor[e]);
+    }
+    // The span in up to three pieces, the last one running past its end.
+    for (int left = span + r.next() % 8; left > 0 && done < input.left.size();) {
+      const int piece = std::min({left, 1 + r.next() % span, static_cast<int>(input.left.size() - done)});
+      for (int e = 0; e < 4; ++e) apart[e].render((e < 2 ? apartLeft : apartRight).data() + done, piece);
+      FilterElement::renderStereoPairs(togetherLeft, togetherRight, togetherLeftBuf.data() + done,
+                                       togetherRightBuf.data() + done, piece);
+      done += piece;
+      left -= piece;
+    }
+  }
+  EXPECT_GT(settled, 100);
+  EXPECT_EQ(apartLeft, togetherLeftBuf);
+  EXPECT_EQ(apartRight, togetherRightBuf);
+  for (int e = 0; e < 4; ++e) EXPECT_EQ(apart[e].isSilent(), together[e].isSilent());
+}
+
 struct VoiceFilterRig : testing::MonoRig<VoiceFilter> {
   void aim(int frames, Random& r) {
     VoiceFilterInput in;

@@ -25,18 +25,20 @@ void DcBlocker::aim() {
   if (std::fabs(y1_) < kFlushThreshold) y1_ = 0.0f;
 }
 
-void DcBlocker::render(float* buf, int frames) {
-  const float pole = pole_;
-  float x1 = x1_, y1 = y1_;
+void DcBlocker::renderPair(DcBlocker& left, DcBlocker& right, float* leftBuf, float* rightBuf, int frames) {
+  const float poleL = left.pole_, poleR = right.pole_;
+  float x1L = left.x1_, y1L = left.y1_, x1R = right.x1_, y1R = right.y1_;
   for (int i = 0; i < frames; ++i) {
-    const float x = buf[i];
-    const float y = x - x1 + pole * y1;
-    x1 = x;
-    y1 = y;
-    buf[i] = y;
+    const float xL = leftBuf[i], xR = rightBuf[i];
+    const float yL = xL - x1L + poleL * y1L;
+    const float yR = xR - x1R + poleR * y1R;
+    x1L = xL, y1L = yL;
+    x1R = xR, y1R = yR;
+    leftBuf[i] = yL;
+    rightBuf[i] = yR;
   }
-  x1_ = x1;
-  y1_ = y1;
+  left.x1_ = x1L, left.y1_ = y1L;
+  right.x1_ = x1R, right.y1_ = y1R;
 }
 
 bool DcBlocker::isQuiet() const {

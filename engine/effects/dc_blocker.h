@@ -21,8 +21,10 @@ class DcBlocker {
   // Taken here from the state, not at the end of each render call, so where the host cut its
   // blocks never changes the output. Audio thread.
   void aim();
-  // Audio: filters buf[0..frames) in place. Audio thread.
-  void render(float* buf, int frames);
+  // Audio: filters left's channel leftBuf[0..frames) and right's rightBuf[0..frames) in place, in
+  // one pass, so that the two recursions overlap instead of running one after the other. Audio
+  // thread.
+  static void renderPair(DcBlocker& left, DcBlocker& right, float* leftBuf, float* rightBuf, int frames);
   // True when the previous input and output are at most kSilence. Audio thread.
   bool isQuiet() const;
   // True when the state is exactly zero: a block of zeros would come out as zeros. Audio thread.

@@ -66,10 +66,9 @@ void MasterEq::aim(int frames, const MasterEqSettings& settings) {
 }
 
 void MasterEq::render(float* left, float* right, int frames) {
-  lowLeft_.render(left, frames);
-  lowRight_.render(right, frames);
-  highLeft_.render(left, frames);
-  highRight_.render(right, frames);
+  FilterElement* const leftShelves[2] = {&lowLeft_, &highLeft_};
+  FilterElement* const rightShelves[2] = {&lowRight_, &highRight_};
+  FilterElement::renderStereoPairs(leftShelves, rightShelves, left, right, frames);
 }
 
 }  // namespace ziv

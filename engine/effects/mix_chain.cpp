@@ -90,8 +90,7 @@ bool MixChain::render(float* left, float* right, int frames, bool voicesSounded)
   }
 
   if (!zeros || !dcLeft_.isAtRest() || !dcRight_.isAtRest()) {
-    dcLeft_.render(left, frames);
-    dcRight_.render(right, frames);
+    DcBlocker::renderPair(dcLeft_, dcRight_, left, right, frames);
     zeros = false;
   }
   const bool voicesIdle = !voicesSounded && dcLeft_.isQuiet() && dcRight_.isQuiet();
