@@ -176,14 +176,19 @@ void SawPulseOscillator::renderWith(float* out, int frames) {
 
 template <class Isa>
 void SawPulseOscillator::play(float* out, int frames, bool synced) {
+  // A settled span (a held note without pitch or shape modulation) adds zeros to its values:
+  // the loop without the ramps gives the same samples.
+  const Ramped& d = step_;
+  const bool ramping =
+      d.frequency != 0.0 || d.ratio != 0.0 || d.offset != 0.0 || d.polarity != 0.0 || d.gain != 0.0;
   if (synced) {
-    run<Isa, true>(out, frames);
+    ramping ? run<Isa, true, true>(out, frames) : run<Isa, true, false>(out, frames);
   } else {
-    run<Isa, false>(out, frames);
+    ramping ? run<Isa, false, true>(out, frames) : run<Isa, false, false>(out, frames);
   }
 }
 
-template <class Isa, bool kSync>
+template <class Isa, bool kSync, bool kRamp>
 void SawPulseOscillator::run(float* out, int frames) {
   const double dcPerStep = table_->dcPerStep();
   double f = value_.frequency, r = value_.ratio, o = value_.offset, polarity = value_.polarity,
@@ -194,21 +199,28 @@ void SawPulseOscillator::run(float* out, int frames) {
   bool edgePending = edgePending_;
   double offsetCycle = offsetCycle_;
 
-  for (int i = 0; i < frames; ++i) {
-    f += dF;
-    r += dR;
-    o += dO;
-    polarity += dPolarity;
-    gain += dGain;
-    const double slaveInc = r * f;
-    if constexpr (kSync) master += f;
-    slave += slaveInc;
-
-    // The offset crossed a whole cycle: the second saw's jump moves to the other side.
+  // The offset crossed a whole cycle: the second saw's jump moves to the other side.
+  const auto followOffset = [&] {
     if (o < offsetCycle || o >= offsetCycle + 1.0) {
       offsetCycle = std::floor(o);
       edgePending = !edgePending;
     }
+  };
+  // Without ramps every value holds, and the offset's test gives its answer once and for all.
+  if constexpr (!kRamp) followOffset();
+
+  for (int i = 0; i < frames; ++i) {
+    if constexpr (kRamp) {
+      f += dF;
+      r += dR;
+      o += dO;
+      polarity += dPolarity;
+      gain += dGain;
+    }
+    const double slaveInc = r * f;
+    if constexpr (kSync) master += f;
+    slave += slaveInc;
+    if constexpr (kRamp) followOffset();
     const double q = o - offsetCycle;
 
     // Second saw wraps, unless the master restarted the slave at or before that moment.

@@ -71,8 +71,9 @@ class SawPulseOscillator {
   void addStep(double height, double samplesAgo);
   template <class Isa>
   void play(float* out, int frames, bool synced);
-  // The per-sample loop; kSync false leaves the master out (ratio exactly 1 throughout).
-  template <class Isa, bool kSync>
+  // The per-sample loop; kSync false leaves the master out (ratio exactly 1 throughout), kRamp
+  // false the ramps (every step 0).
+  template <class Isa, bool kSync, bool kRamp>
   void run(float* out, int frames);
 
   const BlepTable* table_;
