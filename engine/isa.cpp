@@ -43,8 +43,4 @@ void choose(Path path) {
   detail::useAvx2 = path == Path::kAvx2 && avx2Supported();
 }
 
-const char* name(Path path) {
-  return path == Path::kAvx2 ? "AVX2/FMA" : "baseline";
-}
-
 }  // namespace ziv::isa

@@ -38,8 +38,6 @@ bool avx2Supported();
 // Renders with `path` from now on (AVX2 only where supported; otherwise ignored). For tests and
 // benchmarks: never while the engine renders.
 void choose(Path path);
-// "AVX2/FMA" or "baseline".
-const char* name(Path path);
 
 namespace detail {
 extern bool useAvx2;
