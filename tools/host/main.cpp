@@ -155,8 +155,7 @@ bool editorScriptText(const HostOptions& options, std::string& script, std::stri
 
 int runEditorMode(const HostOptions& options, const std::string& pluginPath) {
   std::string error;
-  if (!isWindowsPlugin(pluginPath))
-    return fail("the editor is part of the Windows plug-in only: give a .dll");
+  if (!isWindowsPlugin(pluginPath)) return fail("the editor is part of the Windows plug-in only: give a .dll");
   std::string script;
   if (!editorScriptText(options, script, error)) return fail(error);
   const char* display = std::getenv("DISPLAY");

@@ -25,9 +25,7 @@ std::string callForText(vst2::AEffect* effect, vst2::VstInt32 opcode, vst2::VstI
 
 }  // namespace
 
-PluginDriver::~PluginDriver() {
-  close();
-}
+PluginDriver::~PluginDriver() { close(); }
 
 bool PluginDriver::load(const std::string& path, std::string& error) {
   if (!module_.load(path, error)) return false;
@@ -100,17 +98,13 @@ void PluginDriver::close() {
   module_.unload();
 }
 
-std::string PluginDriver::parameterName(int index) {
-  return callForText(effect_, vst2::effGetParamName, index);
-}
+std::string PluginDriver::parameterName(int index) { return callForText(effect_, vst2::effGetParamName, index); }
 
 std::string PluginDriver::parameterDisplay(int index) {
   return callForText(effect_, vst2::effGetParamDisplay, index);
 }
 
-std::string PluginDriver::effectName() {
-  return callForText(effect_, vst2::effGetEffectName, 0);
-}
+std::string PluginDriver::effectName() { return callForText(effect_, vst2::effGetEffectName, 0); }
 
 std::string PluginDriver::codePath() {
   // Vrn ZIV answers this vendor-specific request with 1 (baseline) or 2 (AVX2/FMA).
@@ -125,9 +119,7 @@ std::string PluginDriver::codePath() {
   }
 }
 
-void PluginDriver::setParameter(int index, float value) {
-  effect_->setParameter(effect_, index, value);
-}
+void PluginDriver::setParameter(int index, float value) { effect_->setParameter(effect_, index, value); }
 
 void PluginDriver::setProgram(int index) {
   dispatch(vst2::effBeginSetProgram);
@@ -217,13 +209,9 @@ bool PluginDriver::openEditor(void* parentWindow) {
   return dispatch(vst2::effEditOpen, 0, 0, parentWindow) != 0;
 }
 
-void PluginDriver::closeEditor() {
-  dispatch(vst2::effEditClose);
-}
+void PluginDriver::closeEditor() { dispatch(vst2::effEditClose); }
 
-void PluginDriver::editorIdle() {
-  dispatch(vst2::effEditIdle);
-}
+void PluginDriver::editorIdle() { dispatch(vst2::effEditIdle); }
 
 vst2::VstIntPtr PluginDriver::dispatch(vst2::VstInt32 opcode, vst2::VstInt32 index, vst2::VstIntPtr value,
                                        void* ptr, float opt) {

@@ -43,8 +43,7 @@ bool parseEvent(const std::string& text, FrameMidi& event) {
   std::istringstream stream(text);
   int status = 0, data1 = 0, data2 = 0;
   if (!(stream >> event.frame >> status >> data1 >> data2) || !(stream >> std::ws).eof()) return false;
-  if (event.frame < 0 || status < 0x80 || status > 0xFF || data1 < 0 || data1 > 127 || data2 < 0 ||
-      data2 > 127) {
+  if (event.frame < 0 || status < 0x80 || status > 0xFF || data1 < 0 || data1 > 127 || data2 < 0 || data2 > 127) {
     return false;
   }
   event.bytes = {static_cast<std::uint8_t>(status), static_cast<std::uint8_t>(data1),
@@ -55,8 +54,7 @@ bool parseEvent(const std::string& text, FrameMidi& event) {
 bool parseSetting(const std::string& text, ParameterSetting& setting) {
   std::size_t equals = text.rfind('=');
   double value = 0.0;
-  if (equals == std::string::npos || equals == 0 || !parseDouble(text.substr(equals + 1), value))
-    return false;
+  if (equals == std::string::npos || equals == 0 || !parseDouble(text.substr(equals + 1), value)) return false;
   setting.key = text.substr(0, equals);
   setting.value = static_cast<float>(value);
   return true;

@@ -36,8 +36,7 @@ vst2::VstTimeInfo transportAt(const RenderJob& job, std::int64_t startFrame) {
   info.sampleRate = job.sampleRate;
   info.nanoSeconds = static_cast<double>(startFrame) / job.sampleRate * 1e9;
   info.tempo = job.tempo;
-  info.ppqPos =
-      job.transportPlaying ? static_cast<double>(startFrame) / job.sampleRate * job.tempo / 60.0 : 0.0;
+  info.ppqPos = job.transportPlaying ? static_cast<double>(startFrame) / job.sampleRate * job.tempo / 60.0 : 0.0;
   info.barStartPos = std::floor(info.ppqPos / kBeatsPerBar) * kBeatsPerBar;
   info.timeSigNumerator = kBeatsPerBar;
   info.timeSigDenominator = 4;
@@ -132,8 +131,7 @@ void RenderSession::collectBlockEvents(std::int64_t start, int frames) {
     event.type = vst2::kVstMidiType;
     event.byteSize = sizeof(vst2::VstMidiEvent);
     // Events before the render start (there are none from our sources) go at offset 0.
-    event.deltaFrames =
-        static_cast<vst2::VstInt32>(std::max<std::int64_t>(0, events[nextEvent_].frame - start));
+    event.deltaFrames = static_cast<vst2::VstInt32>(std::max<std::int64_t>(0, events[nextEvent_].frame - start));
     std::memcpy(event.midiData, events[nextEvent_].bytes.data(), 3);
     blockEvents_.push_back(event);
     ++nextEvent_;
@@ -173,8 +171,7 @@ void RenderSession::render(RenderResult& result, const ProgressFn& progress) {
   driver_.stop();
 }
 
-bool runRenderJob(const RenderJob& job, RenderResult& result, std::string& error,
-                  const ProgressFn& progress) {
+bool runRenderJob(const RenderJob& job, RenderResult& result, std::string& error, const ProgressFn& progress) {
   PluginDriver driver;
   if (!driver.load(job.pluginPath, error)) return false;
   RenderSession session(driver, job);

@@ -1,10 +1,10 @@
 // The job and result text forms are the contract between the Linux host and vrnhost.exe under
 // wine: whatever one side writes, the other must read back unchanged, and damage must be caught.
-#include "tools/host/render_job.h"
-
 #include <gtest/gtest.h>
 
 #include <sstream>
+
+#include "tools/host/render_job.h"
 
 namespace vrnhost {
 namespace {
